@@ -1,0 +1,15 @@
+# Every outside library the project uses; scripts/bootstrap installs the Debian packages behind them.
+find_package(PkgConfig REQUIRED)
+find_package(Threads REQUIRED)
+pkg_check_modules(PLIST REQUIRED IMPORTED_TARGET libplist-2.0)
+pkg_check_modules(UUID REQUIRED IMPORTED_TARGET uuid)
+find_package(OpenSSL REQUIRED COMPONENTS Crypto)
+find_package(EXPAT REQUIRED)
+find_package(Gettext REQUIRED)
+
+if(ZR_BUILD_TESTS)
+    find_package(GTest REQUIRED)
+endif()
+if(ZR_BUILD_BENCHMARKS)
+    find_package(benchmark REQUIRED)
+endif()

@@ -1,0 +1,50 @@
+# The shared library zrbase: every source of the library folders, one class per header and source.
+set(ZR_LIBRARY_FOLDERS host core audio codec dsp file automation formatters plugins app)
+
+set(ZR_SOURCES)
+set(ZR_PUBLIC_HEADERS)
+foreach(folder IN LISTS ZR_LIBRARY_FOLDERS)
+    file(GLOB_RECURSE folder_sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/${folder}/*.cpp")
+    file(GLOB_RECURSE folder_headers CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/${folder}/*.h")
+    list(APPEND ZR_SOURCES ${folder_sources})
+    list(APPEND ZR_PUBLIC_HEADERS ${folder_headers})
+endforeach()
+# Headers ending in "Private.h" stay inside the library.
+list(FILTER ZR_PUBLIC_HEADERS EXCLUDE REGEX "Private\\.h$")
+
+add_library(zrbase SHARED ${ZR_SOURCES})
+add_library(ZRBase::zrbase ALIAS zrbase)
+target_compile_definitions(zrbase PRIVATE ZR_BUILDING_LIBRARY
+    ZR_SOURCE_RESOURCES="${PROJECT_SOURCE_DIR}/resources"
+    ZR_BUILD_RESOURCES="${PROJECT_BINARY_DIR}/resources"
+    ZR_INSTALL_RESOURCES="${CMAKE_INSTALL_FULL_DATADIR}/zrbase")
+target_include_directories(zrbase PUBLIC
+    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
+    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/zrbase>)
+target_link_libraries(zrbase
+    PUBLIC Threads::Threads
+    PRIVATE PkgConfig::PLIST PkgConfig::UUID OpenSSL::Crypto EXPAT::EXPAT ${CMAKE_DL_LIBS})
+set_target_properties(zrbase PROPERTIES
+    VERSION ${PROJECT_VERSION}
+    SOVERSION ${PROJECT_VERSION_MAJOR}
+    OUTPUT_NAME zrbase)
+add_dependencies(zrbase zrbase-resources)
+
+# Installation: library, headers in their folders, CMake package and pkg-config file.
+include(CMakePackageConfigHelpers)
+install(TARGETS zrbase EXPORT ZRBaseTargets
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zrbase)
+foreach(header IN LISTS ZR_PUBLIC_HEADERS)
+    file(RELATIVE_PATH relative "${PROJECT_SOURCE_DIR}" "${header}")
+    get_filename_component(folder "${relative}" DIRECTORY)
+    install(FILES "${header}" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/zrbase/${folder}")
+endforeach()
+install(EXPORT ZRBaseTargets NAMESPACE ZRBase:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/ZRBase)
+configure_package_config_file(cmake/ZRBaseConfig.cmake.in "${PROJECT_BINARY_DIR}/ZRBaseConfig.cmake"
+    INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/ZRBase)
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/ZRBaseConfigVersion.cmake" COMPATIBILITY SameMajorVersion)
+install(FILES "${PROJECT_BINARY_DIR}/ZRBaseConfig.cmake" "${PROJECT_BINARY_DIR}/ZRBaseConfigVersion.cmake"
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/ZRBase)
+configure_file(cmake/zrbase.pc.in "${PROJECT_BINARY_DIR}/zrbase.pc" @ONLY)
+install(FILES "${PROJECT_BINARY_DIR}/zrbase.pc" DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -1,0 +1,9 @@
+# Compiler settings shared by every target of the project.
+add_compile_options(-Wall -Wextra -Wpedantic)
+# Filters and measurements are specified by their evaluation order: no contraction into FMA, no fast-math.
+add_compile_options(-ffp-contract=off -fno-fast-math)
+
+if(ZR_SANITIZE)
+    add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=address,undefined)
+endif()

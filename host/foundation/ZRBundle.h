@@ -1,0 +1,46 @@
+#pragma once
+
+#include "host/foundation/ZRExport.h"
+#include "host/foundation/ZRPropertyList.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+// A bundle: an information dictionary and a folder of resources and translations.
+// The main bundle is the application's; its information comes from ZRBundle::main().setInfoDictionary() or, when
+// the application sets none, from an "Info.plist" beside the executable. The library bundle holds the library's
+// own resources, found in the build tree while the library runs from it and in the installed prefix otherwise.
+class ZR_EXPORT ZRBundle {
+public:
+    static ZRBundle& main();
+    static ZRBundle& library();
+
+    const ZRDictionary& infoDictionary() const;
+    void setInfoDictionary(ZRDictionary info);
+    // The string of an information key ("CFBundleName", "CFBundleShortVersionString", "CFBundleVersion",
+    // "CFBundleSignature"), empty when absent.
+    std::string objectForInfoDictionaryKey(std::string_view key) const;
+
+    // The folder of resources, and the folder of compiled translations ("<locale>/LC_MESSAGES/<domain>.mo").
+    const std::string& resourcePath() const noexcept { return _resourcePath; }
+    void setResourcePath(std::string path);
+    const std::string& localePath() const noexcept { return _localePath; }
+    void setLocalePath(std::string path);
+    // The gettext text domain of the bundle's translations; the main bundle's is the domain of ZRLocalizedString.
+    const std::string& textDomain() const noexcept { return _textDomain; }
+    void setTextDomain(std::string domain);
+
+    // "<resourcePath>/<name>.<type>" when that file exists.
+    std::optional<std::string> pathForResource(std::string_view name, std::string_view type) const;
+
+    ZRBundle(const ZRBundle&) = delete;
+    ZRBundle& operator=(const ZRBundle&) = delete;
+
+private:
+    ZRBundle() = default;
+    ZRDictionary _info;
+    std::string _resourcePath;
+    std::string _localePath;
+    std::string _textDomain;
+};

@@ -1,0 +1,94 @@
+#pragma once
+
+#include "host/foundation/ZRData.h"
+#include "host/foundation/ZRExport.h"
+
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+class ZRPropertyList;
+
+using ZRArray = std::vector<ZRPropertyList>;
+using ZRDictionary = std::map<std::string, ZRPropertyList, std::less<>>;
+using ZRDate = std::chrono::system_clock::time_point;
+
+// One property-list value: nothing, a boolean, an integer (signed or unsigned), a real, a string, data, a date,
+// an array or a dictionary. The readers coerce between kinds as the host's number class does and never throw.
+class ZR_EXPORT ZRPropertyList {
+public:
+    enum class Type { None, Boolean, Integer, Real, String, Data, Date, Array, Dictionary };
+    enum class Format { XML, Binary };
+
+    ZRPropertyList() = default;
+    ZRPropertyList(bool value);
+    ZRPropertyList(int value);
+    ZRPropertyList(unsigned value);
+    ZRPropertyList(long value);
+    ZRPropertyList(unsigned long value);
+    ZRPropertyList(long long value);
+    ZRPropertyList(unsigned long long value);
+    ZRPropertyList(float value);
+    ZRPropertyList(double value);
+    ZRPropertyList(const char* value);
+    ZRPropertyList(std::string_view value);
+    ZRPropertyList(std::string value);
+    ZRPropertyList(ZRData value);
+    ZRPropertyList(ZRDate value);
+    ZRPropertyList(ZRArray value);
+    ZRPropertyList(ZRDictionary value);
+
+    Type type() const noexcept;
+    bool isNone() const noexcept { return type() == Type::None; }
+    bool isNumber() const noexcept; // boolean, integer or real
+    // True for an integer that was made unsigned and does not fit a signed 64-bit value.
+    bool isUnsigned() const noexcept;
+
+    // Numeric readers: numbers convert as the host's number class converts them, strings are scanned for a
+    // leading number, everything else gives 0 (NO).
+    bool boolValue() const noexcept;
+    int32_t intValue() const noexcept;
+    uint32_t unsignedIntValue() const noexcept;
+    int64_t longLongValue() const noexcept;
+    uint64_t unsignedLongLongValue() const noexcept;
+    float floatValue() const noexcept;
+    double doubleValue() const noexcept;
+
+    // Typed access: null when the value is of another kind.
+    const std::string* string() const noexcept;
+    const ZRData* data() const noexcept;
+    const ZRDate* date() const noexcept;
+    const ZRArray* array() const noexcept;
+    const ZRDictionary* dictionary() const noexcept;
+    ZRArray* array() noexcept;
+    ZRDictionary* dictionary() noexcept;
+    // The string, or a number's text; empty for other kinds.
+    std::string stringValue() const;
+
+    bool operator==(const ZRPropertyList& other) const;
+
+    // Reading and writing property-list bytes and files (XML or binary; reading recognises both). A failure
+    // gives nullopt or false and, when `failure` is given, a sentence saying why.
+    static std::optional<ZRPropertyList> propertyListWithData(std::span<const uint8_t> bytes,
+        std::string* failure = nullptr);
+    static std::optional<ZRPropertyList> propertyListWithContentsOfFile(const std::string& path,
+        std::string* failure = nullptr);
+    std::optional<ZRData> dataWithFormat(Format format, std::string* failure = nullptr) const;
+    bool writeToFile(const std::string& path, Format format = Format::XML, std::string* failure = nullptr) const;
+
+private:
+    struct Integer {
+        uint64_t bits = 0;
+        bool isUnsigned = false;
+        bool operator==(const Integer&) const = default;
+    };
+    std::variant<std::monostate, bool, Integer, double, std::string, ZRData, ZRDate, ZRArray, ZRDictionary> _value;
+};
+
+// Looks up a key of a dictionary: null when absent.
+ZR_EXPORT const ZRPropertyList* ZRDictionaryObject(const ZRDictionary& dictionary, std::string_view key) noexcept;
