@@ -1,0 +1,17 @@
+// A program outside the project that uses the installed library.
+#include <core/ZRFileError.h>
+#include <host/foundation/ZRStringWithFormat.h>
+
+#include <cstdio>
+
+int main()
+{
+    auto error = ZRFileError::errorWithCode(2, "Opening a file");
+    const std::string expected = "Opening a file failed because the file or directory was not found. (ENOENT)";
+    if (error->localizedDescription() != expected) {
+        std::fprintf(stderr, "unexpected description\n");
+        return 1;
+    }
+    std::puts(ZRStringWithFormat("%@ (%d)", error->domain(), error->code()).c_str());
+    return 0;
+}
