@@ -7,3 +7,8 @@ if(ZR_SANITIZE)
     add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=address,undefined)
 endif()
+
+if(ZR_BUILD_FUZZERS)
+    # Coverage feedback for libFuzzer inside the library as well as in the targets.
+    add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
