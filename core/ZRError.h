@@ -54,7 +54,8 @@ public:
     std::optional<std::string> localizedDescription() const;
     std::optional<std::string> localizedFailureReason() const;
     std::vector<std::string> localizedRecoveryOptions() const;
-    // The name of the error's class, e.g. "ZRFileError".
+    // The name of the error's class, e.g. "ZRFileError". A domain class's own static className hides this
+    // member, so through a pointer to a domain class write errorClass().name.
     const char* className() const noexcept { return _class->name; }
     const ZRErrorClass& errorClass() const noexcept { return *_class; }
 
@@ -72,8 +73,7 @@ protected:
     // Steps of errorWithCode shared by every class: the user information of a code and action.
     static ZRDictionary _userInfoForCode(const ZRErrorClass& errorClass, int32_t code, std::string_view action);
 
-    template <typename Derived, typename Base>
-    friend class ZRErrorDomain;
+    template <typename Derived, typename Base> friend class ZRErrorDomain;
 
 private:
     const ZRErrorClass* _class;
@@ -83,9 +83,9 @@ private:
 };
 
 // The base of every domain class: gives Derived its class object and the constructors that use Derived's own
-// domain and table. Derived supplies the static errorDomain, failureReasonForError and alertMessage.
-template <typename Derived, typename Base = ZRError>
-class ZRErrorDomain : public Base {
+// domain and table. Derived supplies the static className, errorDomain, failureReasonForError and alertMessage,
+// inherits the constructors (using ZRErrorDomain::ZRErrorDomain) and befriends ZRErrorDomain<Derived>.
+template <typename Derived, typename Base = ZRError> class ZRErrorDomain : public Base {
 public:
     static const ZRErrorClass& errorClassObject()
     {
@@ -97,7 +97,8 @@ public:
     static std::shared_ptr<Derived> errorWithCode(int32_t code, std::string_view action)
     {
         const ZRErrorClass& errorClass = errorClassObject();
-        return std::shared_ptr<Derived>(new Derived(errorClass, code, ZRError::_userInfoForCode(errorClass, code, action)));
+        return std::shared_ptr<Derived>(
+            new Derived(errorClass, code, ZRError::_userInfoForCode(errorClass, code, action)));
     }
 
     // An error of this class with user information of the caller's own, built without the table.
