@@ -42,8 +42,8 @@ public:
     bool isWritable() const noexcept { return _isWritable; }
 
     // Switches the operating system's caching of this file's data. Linux has no per-descriptor no-cache flag:
-    // while caching is off, the pages of every block read or written are dropped from the page cache afterwards
-    // (posix_fadvise POSIX_FADV_DONTNEED), which keeps a large file read once from pushing other data out.
+    // while caching is off, the file's pages are dropped from the page cache after every read (posix_fadvise
+    // POSIX_FADV_DONTNEED), so that a large file read once does not push other data out of memory.
     void setEnableCaching(bool enable);
 
     // The current position; nullopt with "Retrieving the position in a file" on failure.
@@ -132,6 +132,8 @@ private:
     bool _readToBuffer(void* buffer, uint32_t length, ZRErrorPtr* error);
     template <typename Value>
     Value _readValue();
+    template <typename Value>
+    Value _readValueAtPosition(int64_t position);
     void _dropCachedPages() noexcept;
 
     std::string _path;
