@@ -29,8 +29,9 @@ class ZRModalSession;
 //
 // Command URLs have the form "<scheme>://cmd/?<query>", the query being the base64 text (percent escapes allowed)
 // of a keyed archive of a dictionary with the entries "selector" and, optionally, "class". They run only what the
-// application registered: a class operation (registerClassAction), or an action of a responder along the chain
-// that starts at firstResponder() and ends with the application. Anything else is ignored without a word.
+// application registered: with a class that has class actions, that class's action of the selector; otherwise
+// (no class, or a class nobody registered) the action of the first responder along the chain that starts at
+// firstResponder() and ends with the application. Anything else is ignored without a word.
 class ZR_EXPORT ZRApplication : public ZRResponder {
 public:
     // The first application constructed (or the one set with setShared) becomes the shared one.
@@ -39,7 +40,7 @@ public:
 
     // The application the program installed, or a default instance made on first use.
     static ZRApplication& shared();
-    // Installs an application as the shared one; null goes back to the first one constructed or the default.
+    // Installs an application as the shared one; null goes back to the default instance.
     static void setShared(ZRApplication* application);
 
     // The main bundle's "CFBundleName".
@@ -60,7 +61,8 @@ public:
     ZRModalSession* beginModalSession(std::function<void()> step = {});
     // Runs the step once unless the session was stopped; answers ZRModalResponseContinue or the stop code.
     int runModalSession(ZRModalSession* session);
-    // Runs the step until the session is stopped and answers the stop code.
+    // Runs the step until the session is stopped and answers the stop code; a session without a step that is not
+    // stopped yet answers ZRModalResponseAbort at once, since nothing could stop it.
     int runModal(ZRModalSession* session);
     void stopModal();
     void abortModal();
