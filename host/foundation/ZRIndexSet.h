@@ -33,8 +33,9 @@ public:
     void removeIndexes(const ZRIndexSet& other);
     void removeIndexesInRange(ZRIndexRange range);
     void removeAllIndexes() noexcept { _indexes.clear(); }
-    // Moves every index at or above `index` by `delta` (negative shifts drop indexes that would pass below
-    // `index`), as the host's shiftIndexesStartingAtIndex:by: does.
+    // Moves every index at or above `index` by `delta`, as the host's shiftIndexesStartingAtIndex:by: does: a
+    // negative shift removes the indexes of the gap it closes, and indexes pushed past either end of the 32-bit
+    // range are dropped.
     void shiftIndexesStartingAtIndex(uint32_t index, int64_t delta);
 
     const std::vector<uint32_t>& indexes() const noexcept { return _indexes; }

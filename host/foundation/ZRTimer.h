@@ -10,7 +10,9 @@
 
 // A one-shot timer that can be re-armed: every schedule() replaces the pending firing, so that a burst of
 // schedules fires once, the interval after the last of them. The action runs on the timer's own thread, which
-// lives as long as the timer; invalidate() cancels a pending firing.
+// lives as long as the timer; invalidate() cancels a pending firing. The action may schedule or invalidate its
+// own timer. The destructor cancels what is pending, waits for an action that is running, and must not be called
+// from the action.
 class ZR_EXPORT ZRTimer {
 public:
     explicit ZRTimer(std::function<void()> action);
