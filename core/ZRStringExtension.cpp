@@ -2,6 +2,7 @@
 
 #include "core/ZRBase64Private.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <iconv.h>
@@ -26,6 +27,21 @@ constexpr std::array<int8_t, 256> makeValues()
 }
 
 constexpr std::array<int8_t, 256> ZRBase64Values = makeValues();
+
+// The values again, already shifted to their place in a quantum's 24 bits; anything outside the alphabet sets the
+// top byte, so that one test on the OR of four look-ups finds it.
+constexpr std::array<uint32_t, 256> makeShiftedValues(unsigned shift)
+{
+    std::array<uint32_t, 256> values {};
+    for (size_t index = 0; index < 256; ++index)
+        values[index] = ZRBase64Values[index] < 0 ? 0xFF000000 : uint32_t(ZRBase64Values[index]) << shift;
+    return values;
+}
+
+constexpr std::array<uint32_t, 256> ZRBase64Shifted18 = makeShiftedValues(18);
+constexpr std::array<uint32_t, 256> ZRBase64Shifted12 = makeShiftedValues(12);
+constexpr std::array<uint32_t, 256> ZRBase64Shifted6 = makeShiftedValues(6);
+constexpr std::array<uint32_t, 256> ZRBase64Shifted0 = makeShiftedValues(0);
 
 // The rest of the input after the first "=": state is the position in the quantum (2 or 3 characters seen).
 // Answers whether the padding is well formed; the caller then checks the discarded bits.
@@ -60,17 +76,22 @@ size_t baseDecode(const uint8_t* source, size_t sourceLength, uint8_t* destinati
 
     // Whole quanta of plain alphabet, the bulk of any real input, go four characters at a time.
     while (true) {
-        while (state == 0 && end - next >= 4 && count + 3 <= capacity) {
-            const int a = ZRBase64Values[next[0]], b = ZRBase64Values[next[1]];
-            const int c = ZRBase64Values[next[2]], d = ZRBase64Values[next[3]];
-            if ((a | b | c | d) < 0)
-                break;
-            const uint32_t bits = uint32_t(a) << 18 | uint32_t(b) << 12 | uint32_t(c) << 6 | uint32_t(d);
-            destination[count] = static_cast<uint8_t>(bits >> 16);
-            destination[count + 1] = static_cast<uint8_t>(bits >> 8);
-            destination[count + 2] = static_cast<uint8_t>(bits);
-            count += 3;
-            next += 4;
+        if (state == 0) {
+            const size_t quanta = std::min(static_cast<size_t>(end - next) / 4, (capacity - count) / 3);
+            const uint8_t* const stop = next + 4 * quanta;
+            uint8_t* output = destination + count;
+            while (next < stop) {
+                const uint32_t bits = ZRBase64Shifted18[next[0]] | ZRBase64Shifted12[next[1]]
+                    | ZRBase64Shifted6[next[2]] | ZRBase64Shifted0[next[3]];
+                if (bits & 0xFF000000)
+                    break;
+                output[0] = static_cast<uint8_t>(bits >> 16);
+                output[1] = static_cast<uint8_t>(bits >> 8);
+                output[2] = static_cast<uint8_t>(bits);
+                output += 3;
+                next += 4;
+            }
+            count = static_cast<size_t>(output - destination);
         }
         if (next == end)
             break;
@@ -129,9 +150,12 @@ std::optional<ZRData> baseDecode(std::span<const uint8_t> source)
 
 std::optional<ZRData> decodeBase64(std::string_view text)
 {
-    for (const char character : text) {
-        if (static_cast<uint8_t>(character) >= 0x80)
-            return std::nullopt;
+    // The decoder refuses every byte above 0x7F itself; only the text after a NUL, where it stops, needs a look.
+    if (const size_t nul = text.find('\0'); nul != std::string_view::npos) {
+        for (const char character : text.substr(nul)) {
+            if (static_cast<uint8_t>(character) >= 0x80)
+                return std::nullopt;
+        }
     }
     return baseDecode({ reinterpret_cast<const uint8_t*>(text.data()), text.size() });
 }
