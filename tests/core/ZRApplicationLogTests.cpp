@@ -1,0 +1,244 @@
+#include "core/ZRApplicationLog.h"
+#include "core/ZRFileError.h"
+#include "host/foundation/ZRBundle.h"
+#include "host/foundation/ZRUserDefaults.h"
+#include "support/ZRRecordingAlertPresenter.h"
+#include "support/ZRTestFiles.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <regex>
+#include <sstream>
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+namespace Studio {
+
+struct Strip {
+    virtual ~Strip() = default;
+};
+struct AuxiliaryBus : Strip { };
+struct SurroundPannerWithDelayCompensation { };
+
+}
+
+namespace {
+
+const std::string date = "\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\.\\d{3}";
+
+// Every test logs as an application of its own name, from a fresh log file and fresh defaults.
+class ZRApplicationLogTest : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        _name = std::string("LogTest-") + testing::UnitTest::GetInstance()->current_test_info()->name();
+        ZRBundle::main().setInfoDictionary(
+            { { "CFBundleName", _name }, { "CFBundleShortVersionString", "2.1" }, { "CFBundleVersion", "210" } });
+        std::remove(ZRUserDefaults::standard().path().c_str());
+        ZRUserDefaults::standard().reload();
+        _path = std::string(std::getenv("HOME")) + "/Library/Logs/Velmora/" + _name + ".log";
+        std::remove(_path.c_str());
+    }
+    void TearDown() override { ZRApplicationLog::dispose(); }
+
+    std::vector<std::string> lines()
+    {
+        if (ZRApplicationLog* log = ZRApplicationLog::existingLog())
+            log->flush();
+        std::vector<std::string> lines;
+        std::istringstream contents(ZRTestContentsOfFile(_path));
+        for (std::string line; std::getline(contents, line);)
+            lines.push_back(line);
+        return lines;
+    }
+    static bool matches(const std::string& line, const std::string& pattern)
+    {
+        return std::regex_match(line, std::regex(pattern));
+    }
+
+    std::string _name;
+    std::string _path;
+};
+
+ZRDictionary ruleState(std::string domain, uint32_t threshold, bool active = true)
+{
+    return { { "active", active }, { "domain", std::move(domain) }, { "threshold", threshold } };
+}
+
+}
+
+TEST_F(ZRApplicationLogTest, isOffByDefaultAndThenPassesErrorsOnly)
+{
+    ZRApplicationLog::error(nullptr, "not written");
+    EXPECT_FALSE(ZRApplicationLog::active());
+    EXPECT_FALSE(ZRUserDefaults::standard().boolForKey("Debug Logging Active"));
+    EXPECT_EQ(ZRUserDefaults::standard().integerForKey("Debug Default Threshold"), 4);
+    EXPECT_TRUE(ZRUserDefaults::standard().arrayForKey("Debug Rules").empty());
+    EXPECT_TRUE(lines().empty());
+
+    ZRApplicationLog::setActive(true);
+    ZRApplicationLog::error(nullptr, "an error");
+    ZRApplicationLog::warning(nullptr, "a warning");
+    ZRApplicationLog::setActive(true);
+    ZRApplicationLog::setActive(false);
+    ZRApplicationLog::error(nullptr, "after switching off");
+    std::vector<std::string> written = lines();
+    ASSERT_EQ(written.size(), 4u);
+    EXPECT_TRUE(matches(written[0], date + " ===== " + _name + " 2.1 210 logging activated"));
+    EXPECT_TRUE(matches(written[1], date + " \\[e\\] an error"));
+    EXPECT_TRUE(matches(written[2], date + " ===== " + _name + " 2.1 210 logging activated"));
+    EXPECT_TRUE(matches(written[3], date + " ===== " + _name + " 2.1 210 logging deactivated"));
+
+    // The switch is kept: the next launch starts active, and the end is written too.
+    ZRApplicationLog::setActive(true);
+    ZRApplicationLog::dispose();
+    EXPECT_TRUE(ZRUserDefaults::standard().boolForKey("Debug Logging Active"));
+    ZRApplicationLog::create();
+    ZRApplicationLog::dispose();
+    written = lines();
+    ASSERT_EQ(written.size(), 8u);
+    EXPECT_TRUE(matches(written[4], date + " ===== " + _name + " 2.1 210 logging activated"));
+    EXPECT_TRUE(matches(written[5], date + " ===== " + _name + " terminated ====="));
+    EXPECT_TRUE(matches(written[6], date + " ===== " + _name + " 2.1 210 launched"));
+    EXPECT_TRUE(matches(written[7], date + " ===== " + _name + " terminated ====="));
+}
+
+TEST_F(ZRApplicationLogTest, linesCarryTheDomainTheSenderClassAndTheLevelCode)
+{
+    ZRApplicationLog::setActive(true);
+    ZRApplicationLog::setThreshold(ZRLogLevelDebug);
+    Studio::AuxiliaryBus bus;
+    const Studio::Strip* strip = &bus;
+    Studio::SurroundPannerWithDelayCompensation panner;
+
+    ZRApplicationLog::warning(ZR_LOG_CONTEXT("Mixer", strip), "level %d of %@", 3, "bus");
+    ZRApplicationLog::info(ZR_LOG_CONTEXT(std::nullopt, nullptr), "no domain, no sender");
+    ZRApplicationLog::debug(ZR_LOG_CONTEXT("AutomationRecording1", &panner), "long names");
+    ZRApplicationLog::sharedLog()->log(7, nullptr, "odd level");
+    ZRApplicationLog::error(nullptr, "");
+    ZRApplicationLog::error(nullptr, "%@", "100% of '%@'");
+    ZRFileError::errorWithCode(9, "Reading from a file");
+    EXPECT_THROW(ZRFileError::errorWithCode(-1, "Synchronizing a file"), std::invalid_argument);
+    ZRApplicationLog::info(nullptr, "Lautstärke");
+
+    std::vector<std::string> written = lines();
+    ASSERT_EQ(written.size(), 10u);
+    const std::string mixer = " Mixer" + std::string(7, ' ') + " Studio::AuxiliaryBus" + std::string(4, ' ');
+    EXPECT_TRUE(matches(written[1], date + mixer + " \\[w\\] level 3 of bus"));
+    EXPECT_TRUE(matches(written[2], date + std::string(37, ' ') + " \\[i\\] no domain, no sender"));
+    EXPECT_TRUE(matches(written[3], date + " AutomationRe Studio::SurroundPannerWi \\[d\\] long names"));
+    EXPECT_TRUE(matches(written[4], date + " \\[\\?\\] odd level"));
+    EXPECT_TRUE(matches(written[5], date + " \\[e\\] \\(nil\\)"));
+    EXPECT_TRUE(matches(written[6], date + " \\[e\\] 100% of '%@'"));
+    EXPECT_TRUE(matches(
+        written[7], date + " \\[e\\] Reading from a file failed because a bad file descriptor was given. \\(EBADF\\)"));
+    EXPECT_TRUE(matches(written[8], date + " \\[e\\] Synchronizing a file failed because \\(null\\)"));
+    // One byte more in UTF-8 than in UTF-16 units: the newline is lost.
+    EXPECT_TRUE(matches(written[9], date + " \\[i\\] Lautstärke"));
+    EXPECT_NE(ZRTestContentsOfFile(_path).back(), '\n');
+}
+
+TEST_F(ZRApplicationLogTest, rulesSetThresholdsPerDomainAndAreKeptInTheDefaults)
+{
+    ZRUserDefaults& defaults = ZRUserDefaults::standard();
+    defaults.setObject("Debug Logging Active", true);
+    defaults.setObject("Debug Default Threshold", 3);
+    defaults.setObject("Debug Rules",
+        ZRArray { ruleState("Meter", 1, false), ZRDictionary { { "domain", "Disk" }, { "threshold", 2 } } });
+
+    EXPECT_EQ(ZRApplicationLog::thresholdForDomain("Meter"), 0x7FFFFFFFu);
+    EXPECT_EQ(ZRApplicationLog::thresholdForDomain("Disk"), 2u);
+    EXPECT_EQ(ZRApplicationLog::thresholdForDomain("Other"), 3u);
+    EXPECT_EQ(ZRApplicationLog::thresholdForDomain(std::nullopt), 3u);
+    ZRApplicationLog::error(ZR_LOG_CONTEXT("Meter", nullptr), "silenced");
+    ZRApplicationLog::info(ZR_LOG_CONTEXT("Disk", nullptr), "disk info");
+    ZRApplicationLog::info(ZR_LOG_CONTEXT("Other", nullptr), "filtered");
+    ZRApplicationLog::warning(ZR_LOG_CONTEXT("Other", nullptr), "other warning");
+    std::vector<std::string> written = lines();
+    ASSERT_EQ(written.size(), 3u);
+    EXPECT_TRUE(matches(written[0], date + " ===== " + _name + " 2.1 210 launched"));
+    EXPECT_TRUE(matches(written[1], date + " Disk .* disk info"));
+    EXPECT_TRUE(matches(written[2], date + " Other .* other warning"));
+
+    ZRApplicationLog::setThreshold(1, "Tape");
+    ZRApplicationLog::setThreshold(2, std::nullopt);
+    EXPECT_EQ(defaults.integerForKey("Debug Default Threshold"), 2);
+    EXPECT_EQ(defaults.arrayForKey("Debug Rules"),
+        (ZRArray { ruleState("Meter", 1, false), ruleState("Disk", 2), ruleState("Tape", 1) }));
+
+    ZRApplicationLog::setThreshold(4);
+    ZRApplicationLog* log = ZRApplicationLog::sharedLog();
+    log->removeRule(log->ruleForDomain("Disk"));
+    log->removeRule(nullptr);
+    EXPECT_EQ(defaults.integerForKey("Debug Default Threshold"), 4);
+    EXPECT_EQ(defaults.arrayForKey("Debug Rules"), (ZRArray { ruleState("Meter", 4, false), ruleState("Tape", 4) }));
+    EXPECT_EQ(ZRApplicationLog::thresholdForDomain("Meter"), 0x7FFFFFFFu);
+    EXPECT_EQ(ZRApplicationLog::codeForLevel(2), "[i]");
+    EXPECT_EQ(ZRApplicationLog::codeForLevel(0), std::nullopt);
+}
+
+TEST(ZRApplicationLogRule, stateHoldsThreeKeysAndSettingItAppliesOnlyThosePresent)
+{
+    ZRApplicationLogRule rule(ZRDictionary { { "threshold", 3 } });
+    EXPECT_EQ(rule, ZRApplicationLogRule("", 3));
+    rule.setState({ { "active", false }, { "domain", "Disk" } });
+    EXPECT_EQ(rule.state(), ruleState("Disk", 3, false));
+}
+
+TEST_F(ZRApplicationLogTest, anUnwritableLogFolderGivesAnAlertAndNoLog)
+{
+    const std::string home = ZRTestScratchFolder("ZRApplicationLog.unwritable");
+    std::ofstream(home + "/Library");
+    setenv("HOME", home.c_str(), 1);
+    ZRRecordingAlertPresenter presenter;
+
+    EXPECT_EQ(ZRApplicationLog::sharedLog(), nullptr);
+    ZRApplicationLog::error(nullptr, "nowhere to go");
+    ZRApplicationLog::setActive(true);
+    EXPECT_FALSE(ZRApplicationLog::active());
+    EXPECT_EQ(ZRFileError::errorWithCode(2, "Reading")->code(), 2);
+    ASSERT_FALSE(presenter.alerts().empty());
+    EXPECT_EQ(presenter.alerts()[0].messageText, "A file error occurred");
+    EXPECT_NE(presenter.alerts()[0].informativeText.find("failed because"), std::string::npos);
+}
+
+TEST_F(ZRApplicationLogTest, linesOfManyThreadsAllArriveWholeAndInOrder)
+{
+    constexpr int threadCount = 4;
+    constexpr int linesPerThread = 250000;
+    ZRApplicationLog::setActive(true);
+    ZRApplicationLog::setThreshold(ZRLogLevelInfo);
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < threadCount; ++thread) {
+        threads.emplace_back([thread] {
+            for (int line = 0; line < linesPerThread; ++line)
+                ZRApplicationLog::info(nullptr, "thread %d line %d", thread, line);
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    ZRApplicationLog::dispose();
+
+    std::ifstream file(_path);
+    std::string line;
+    ASSERT_TRUE(std::getline(file, line));
+    int next[threadCount] = {};
+    int count = 0;
+    for (; std::getline(file, line) && line.find(" terminated =====") == std::string::npos; ++count) {
+        int thread = -1;
+        int number = -1;
+        char tail = 0;
+        // Whole lines only: the timestamp, the code and exactly the text written.
+        ASSERT_EQ(
+            line.size() > 24 ? sscanf(line.c_str() + 24, "[i] thread %d line %d%c", &thread, &number, &tail) : 0, 2)
+            << line;
+        ASSERT_TRUE(thread >= 0 && thread < threadCount) << line;
+        ASSERT_EQ(number, next[thread]) << line;
+        ++next[thread];
+    }
+    EXPECT_EQ(count, threadCount * linesPerThread);
+}
