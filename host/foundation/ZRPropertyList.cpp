@@ -170,6 +170,10 @@ ZRDate dateOfNode(plist_t node)
     int32_t seconds = 0;
     int32_t microseconds = 0;
     plist_get_date_val(node, &seconds, &microseconds);
+    // libplist 2.2 reads a binary date by truncating its seconds and keeping the fraction's magnitude: -100.25 comes
+    // as -100 and +250000. (Dates less than a second before the reference date lose their sign altogether.)
+    if (seconds < 0 && microseconds > 0)
+        microseconds = -microseconds;
     return ZRDate(duration_cast<system_clock::duration>(
         std::chrono::seconds(referenceDateSeconds + seconds) + std::chrono::microseconds(microseconds)));
 }
@@ -567,6 +571,10 @@ uint32_t ZRPropertyList::unsignedIntValue() const noexcept
 
 int64_t ZRPropertyList::longLongValue() const noexcept
 {
+    if (const std::string* text = std::get_if<std::string>(&_value))
+        return clampScanned<int64_t>(scanInteger(*text));
+    if (const double* real = std::get_if<double>(&_value))
+        return saturatingCast<int64_t>(*real);
     return static_cast<int64_t>(unsignedLongLongValue());
 }
 
