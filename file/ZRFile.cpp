@@ -233,7 +233,7 @@ bool ZRFile::setLength(int64_t length, ZRErrorPtr* error)
             success = fail(error, _file ? errno : EBADF, "Truncating a file");
         else
             fseeko(_file, position, SEEK_SET);
-    } else if (current < length) {
+    } else {
         // The gap is written in blocks of a fixed size, so that a large extension never needs a large buffer.
         static const std::array<uint8_t, 65536> zeros {};
         success = moveToEnd(error);
