@@ -2,6 +2,7 @@
 
 #include "host/foundation/ZRPropertyListPrivate.h"
 
+#include <algorithm>
 #include <cstring>
 #include <map>
 
@@ -11,9 +12,11 @@ using ZRPropertyListPrivate::Node;
 
 // References that chain or nest deeper than this are taken for a cycle.
 constexpr int maximumDepth = 512;
-// Shared objects unfold into copies; an archive that would unfold into more values than this is refused, so that a
-// small archive of objects sharing objects cannot take exponential time and memory.
-constexpr size_t maximumValues = 1 << 20;
+// Shared objects unfold into copies. An archive written as a tree holds at least one byte per reference, so it unfolds
+// into fewer values than it has bytes; one that would unfold into many more is refused, so that a small archive of
+// objects that share objects cannot take exponential time and memory.
+constexpr size_t valuesPerByte = 4;
+constexpr size_t minimumValueBudget = 65536;
 constexpr uint64_t archiveVersion = 100000;
 
 // Keys beginning with "$" are the archive's own; a caller's key that begins with one is written with another "$".
@@ -243,7 +246,7 @@ void ZRKeyedArchiver::encodeObject(std::string_view key, const ZRPropertyList& v
 
 ZRData ZRKeyedArchiver::finishEncoding(std::string_view className)
 {
-    _impl->setRootItem("$class", plist_new_uid(_impl->encodeClass(className)));
+    plist_dict_set_item(_impl->root, "$class", plist_new_uid(_impl->encodeClass(className)));
     ZRData archive = _impl->finish(1);
     _impl->startRootObject();
     return archive;
@@ -258,6 +261,8 @@ ZRData ZRKeyedArchiver::archivedDataWithRootObject(const ZRPropertyList& object)
 
 struct ZRKeyedUnarchiver::Impl {
     Node archive;
+    // The number of values one decoding may unfold.
+    size_t valueBudget = 0;
     plist_t objects = nullptr;
     // The root object's node; null when the root is nil.
     plist_t root = nullptr;
@@ -355,7 +360,7 @@ struct ZRKeyedUnarchiver::Impl {
 
     std::optional<ZRPropertyList> valueForKey(std::string_view key) const
     {
-        size_t budget = maximumValues;
+        size_t budget = valueBudget;
         return value(itemForKey(root, archiveKey(key).c_str()), 0, budget);
     }
 };
@@ -384,6 +389,7 @@ std::unique_ptr<ZRKeyedUnarchiver> ZRKeyedUnarchiver::unarchiverWithData(std::sp
     std::unique_ptr<ZRKeyedUnarchiver> unarchiver(new ZRKeyedUnarchiver());
     Impl& impl = *unarchiver->_impl;
     impl.objects = objects;
+    impl.valueBudget = std::max(bytes.size() * valuesPerByte, minimumValueBudget);
     // Archives whose keys were encoded at the top level rather than into a root object are read from "$top".
     plist_t rootItem = plist_dict_get_item(top, "root");
     const std::optional<uint64_t> rootReference = referenceOf(rootItem);
@@ -461,7 +467,7 @@ std::optional<ZRPropertyList> ZRKeyedUnarchiver::unarchiveObjectWithData(std::sp
     const auto unarchiver = unarchiverWithData(bytes, failure);
     if (!unarchiver)
         return std::nullopt;
-    size_t budget = maximumValues;
+    size_t budget = unarchiver->_impl->valueBudget;
     auto object = unarchiver->_impl->value(unarchiver->_impl->root, 0, budget);
     if (!object || object->isNone()) {
         if (failure)
