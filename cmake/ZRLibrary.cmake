@@ -46,5 +46,7 @@ configure_package_config_file(cmake/ZRBaseConfig.cmake.in "${PROJECT_BINARY_DIR}
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/ZRBaseConfigVersion.cmake" COMPATIBILITY SameMajorVersion)
 install(FILES "${PROJECT_BINARY_DIR}/ZRBaseConfig.cmake" "${PROJECT_BINARY_DIR}/ZRBaseConfigVersion.cmake"
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/ZRBase)
+# The pkg-config file finds its prefix relative to itself, so an installed tree can be moved.
+file(RELATIVE_PATH ZR_PC_PREFIX_FROM_PCFILEDIR "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
 configure_file(cmake/zrbase.pc.in "${PROJECT_BINARY_DIR}/zrbase.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/zrbase.pc" DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
