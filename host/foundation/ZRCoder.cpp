@@ -1,6 +1,7 @@
 #include "host/foundation/ZRCoder.h"
 
 #include "host/foundation/ZRPropertyListPrivate.h"
+#include "host/foundation/ZRUnicode.h"
 
 #include <algorithm>
 #include <cstring>
@@ -24,6 +25,9 @@ std::string archiveKey(std::string_view key)
 {
     return key.starts_with('$') ? "$" + std::string(key) : std::string(key);
 }
+
+// Names become C strings written through UTF-16: they end at a zero character and must be UTF-8.
+plist_t newName(std::string_view name) { return plist_new_string(ZRUnicode::validUTF8(name).c_str()); }
 
 std::vector<std::string> classChain(std::string_view className)
 {
@@ -125,9 +129,9 @@ struct ZRKeyedArchiver::Impl {
         plist_t description = plist_new_dict();
         plist_t chain = plist_new_array();
         for (const std::string& name : classChain(className))
-            plist_array_append_item(chain, plist_new_string(name.c_str()));
+            plist_array_append_item(chain, newName(name));
         plist_dict_set_item(description, "$classes", chain);
-        plist_dict_set_item(description, "$classname", plist_new_string(std::string(className).c_str()));
+        plist_dict_set_item(description, "$classname", newName(className));
         const uint64_t reference = append(description);
         written.emplace(key, reference);
         return reference;
@@ -209,7 +213,7 @@ struct ZRKeyedArchiver::Impl {
 
     void setRootItem(std::string_view key, plist_t node)
     {
-        plist_dict_set_item(root, archiveKey(key).c_str(), node);
+        plist_dict_set_item(root, ZRUnicode::validUTF8(archiveKey(key)).c_str(), node);
     }
 };
 

@@ -1,6 +1,7 @@
 #include "host/foundation/ZRPropertyList.h"
 
 #include "host/foundation/ZRPropertyListPrivate.h"
+#include "host/foundation/ZRUnicode.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -229,7 +230,7 @@ std::optional<ZRPropertyList> valueOfNode(plist_t node, int depth, std::string* 
             }
             auto element = valueOfNode(item, depth + 1, failure);
             if (element)
-                dictionary.insert_or_assign(key ? key : "", std::move(*element));
+                dictionary.insert_or_assign(ZRUnicode::validUTF8(key ? key : ""), std::move(*element));
             free(key);
             if (!element)
                 break;
@@ -252,6 +253,21 @@ std::optional<ZRPropertyList> valueOfNode(plist_t node, int depth, std::string* 
     }
 }
 
+// libplist keeps strings as C strings and writes binary strings through UTF-16: a zero character would cut a
+// string short and bytes that are not UTF-8 would garble the file.
+bool isWritableString(const std::string& text, std::string* failure)
+{
+    if (text.find('\0') != std::string::npos) {
+        fail(failure, "A string of the property list holds a zero character.");
+        return false;
+    }
+    if (!ZRUnicode::isValidUTF8(text)) {
+        fail(failure, "A string of the property list is not valid UTF-8.");
+        return false;
+    }
+    return true;
+}
+
 plist_t newNode(const ZRPropertyList& value, std::string* failure)
 {
     if (const ZRArray* array = value.array()) {
@@ -272,10 +288,8 @@ plist_t newNode(const ZRPropertyList& value, std::string* failure)
             return plist_new_uid(dictionary->begin()->second.unsignedLongLongValue());
         plist_t node = plist_new_dict();
         for (const auto& [key, element] : *dictionary) {
-            plist_t child = key.find('\0') == std::string::npos ? newNode(element, failure) : nullptr;
+            plist_t child = isWritableString(key, failure) ? newNode(element, failure) : nullptr;
             if (!child) {
-                if (key.find('\0') != std::string::npos)
-                    fail(failure, "A key of the property list holds a zero character.");
                 plist_free(node);
                 return nullptr;
             }
@@ -287,10 +301,8 @@ plist_t newNode(const ZRPropertyList& value, std::string* failure)
         fail(failure, "A property list cannot hold an empty value.");
         return nullptr;
     }
-    if (value.string() && value.string()->find('\0') != std::string::npos) {
-        fail(failure, "A string of the property list holds a zero character.");
+    if (value.string() && !isWritableString(*value.string(), failure))
         return nullptr;
-    }
     return ZRPropertyListPrivate::newScalarNode(value);
 }
 
@@ -372,7 +384,7 @@ ZRPropertyList scalarValue(plist_t node)
     case PLIST_STRING: {
         uint64_t length = 0;
         const char* text = plist_get_string_ptr(node, &length);
-        return ZRPropertyList(std::string(text ? text : "", text ? length : 0));
+        return ZRPropertyList(ZRUnicode::validUTF8(std::string_view(text ? text : "", text ? length : 0)));
     }
     case PLIST_DATA: {
         uint64_t length = 0;
@@ -398,7 +410,7 @@ plist_t newScalarNode(const ZRPropertyList& value)
     case ZRPropertyList::Type::Real:
         return plist_new_real(value.doubleValue());
     case ZRPropertyList::Type::String:
-        return plist_new_string(value.string()->c_str());
+        return plist_new_string(ZRUnicode::validUTF8(*value.string()).c_str());
     case ZRPropertyList::Type::Data:
         return plist_new_data(reinterpret_cast<const char*>(value.data()->data()), value.data()->size());
     case ZRPropertyList::Type::Date:

@@ -24,10 +24,11 @@ Node parse(std::span<const uint8_t> bytes, std::string* failure);
 // The bytes of a node tree in the given format.
 std::optional<ZRData> serialize(plist_t node, ZRPropertyList::Format format, std::string* failure);
 
-// The value of a boolean, integer, real, string, data or date node; none for every other kind.
+// The value of a boolean, integer, real, string, data or date node; none for every other kind. Bytes of a string
+// that are not UTF-8 read as U+FFFD.
 ZRPropertyList scalarValue(plist_t node);
-// A new node for a boolean, integer, real, string, data or date value; null for other kinds. libplist keeps strings
-// as C strings: a string ends at its first zero character.
+// A new node for a boolean, integer, real, string, data or date value; null for other kinds. A string ends at its
+// first zero character (libplist keeps C strings), and its bytes that are not UTF-8 are written as U+FFFD.
 plist_t newScalarNode(const ZRPropertyList& value);
 
 // Seconds since the host's reference date, 2001-01-01 00:00:00 UTC, at microsecond resolution.

@@ -185,6 +185,11 @@ TEST(ZRPropertyList, malformedInputAndUnwritableValuesFailWithAReason)
     EXPECT_FALSE(ZRPropertyList(ZRArray { 1, ZRPropertyList() }).dataWithFormat(ZRPropertyList::Format::Binary));
     EXPECT_FALSE(ZRPropertyList(std::string("a\0b", 3)).dataWithFormat(ZRPropertyList::Format::Binary, &failure));
     EXPECT_NE(failure.find("zero character"), std::string::npos) << failure;
+    EXPECT_FALSE(ZRPropertyList(ZRDictionary { { "\xC3" "ake", 1 } }).dataWithFormat(ZRPropertyList::Format::XML, &failure));
+    EXPECT_NE(failure.find("UTF-8"), std::string::npos) << failure;
+    // Bytes that are not UTF-8 in a file read as U+FFFD, so that what was read can be written again.
+    EXPECT_EQ(ZRPropertyList::propertyListWithData(bytesOf("<plist><string>\xC3" "ake</string></plist>")),
+        ZRPropertyList("\xEF\xBF\xBD" "ake"));
 
     const std::string folder = ZRTestScratchFolder("ZRPropertyList.malformed");
     EXPECT_FALSE(ZRPropertyList::propertyListWithContentsOfFile(folder + "/missing.plist", &failure));
