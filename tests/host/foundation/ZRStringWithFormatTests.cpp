@@ -23,7 +23,7 @@ TEST(ZRStringWithFormat, writesIntegersWithTheirLengthModifiers)
 TEST(ZRStringWithFormat, writesRealsIndependentlyOfTheLocale)
 {
     const std::string previous = std::setlocale(LC_NUMERIC, nullptr);
-    std::setlocale(LC_NUMERIC, "de_DE.UTF-8");
+    ASSERT_NE(std::setlocale(LC_NUMERIC, "de_DE.UTF-8"), nullptr);
     EXPECT_EQ(ZRStringWithFormat("%f %.1f %5.2f %e %g", 1.5, 2.25f, 3.14159, 1234.5, 0.0001),
         "1.500000 2.2  3.14 1.234500e+03 0.0001");
     EXPECT_EQ(ZRStringWithFormat("%.0f%%", 99.6), "100%");
