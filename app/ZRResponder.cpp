@@ -10,7 +10,10 @@ void ZRResponder::registerAction(std::string selector, Action action)
         _actions.erase(selector);
 }
 
-bool ZRResponder::respondsToSelector(std::string_view selector) const { return _actions.find(selector) != _actions.end(); }
+bool ZRResponder::respondsToSelector(std::string_view selector) const
+{
+    return _actions.find(selector) != _actions.end();
+}
 
 bool ZRResponder::performAction(std::string_view selector, const ZRDictionary& argument) const
 {

@@ -57,8 +57,8 @@ void BM_Base64_encode(benchmark::State& state)
     compare(
         state, [&] { benchmark::DoNotOptimize(ZRExtension::encodeBase64(data)); },
         [&] {
-            benchmark::DoNotOptimize(encodeBlock(reinterpret_cast<unsigned char*>(reference.data()), data.data(),
-                static_cast<int>(data.size())));
+            benchmark::DoNotOptimize(encodeBlock(
+                reinterpret_cast<unsigned char*>(reference.data()), data.data(), static_cast<int>(data.size())));
         },
         data.size());
 }

@@ -54,15 +54,14 @@ std::string homeFolderOf(std::string_view user)
 
 bool equalIgnoringCase(std::string_view a, std::string_view b)
 {
-    return std::ranges::equal(a, b, [](char x, char y) {
-        return (x >= 'A' && x <= 'Z' ? x + 32 : x) == (y >= 'A' && y <= 'Z' ? y + 32 : y);
-    });
+    return std::ranges::equal(a, b,
+        [](char x, char y) { return (x >= 'A' && x <= 'Z' ? x + 32 : x) == (y >= 'A' && y <= 'Z' ? y + 32 : y); });
 }
 
 // Runs the failure of a file-management operation through a handler, as the operations that report through one
 // do; answers false.
-bool failThroughHandler(ZRErrorPtr* error, std::string_view actionTemplate, std::string_view name, int code,
-    std::string_view path)
+bool failThroughHandler(
+    ZRErrorPtr* error, std::string_view actionTemplate, std::string_view name, int code, std::string_view path)
 {
     if (error) {
         ZRFileManagerHandler handler(ZRStringWithFormat(ZRLocalizedString(actionTemplate), name));
@@ -287,8 +286,7 @@ std::optional<ZRData> ZRFile::readDataOfLength(uint32_t length, int64_t position
     return readDataOfLength(length);
 }
 
-template <typename Value>
-Value ZRFile::_readValue()
+template <typename Value> Value ZRFile::_readValue()
 {
     Value value {};
     ZRErrorPtr error;
@@ -297,8 +295,7 @@ Value ZRFile::_readValue()
     return value;
 }
 
-template <typename Value>
-Value ZRFile::_readValueAtPosition(int64_t position)
+template <typename Value> Value ZRFile::_readValueAtPosition(int64_t position)
 {
     ZRErrorPtr error;
     if (!moveTo(position, &error))
@@ -469,8 +466,8 @@ bool ZRFile::movePath(const std::string& source, const std::string& destination,
         return true;
     if (errno != EXDEV)
         return failThroughHandler(error, "Moving '%@'", name, errno, from);
-    std::filesystem::copy(from, to,
-        std::filesystem::copy_options::recursive | std::filesystem::copy_options::copy_symlinks, code);
+    std::filesystem::copy(
+        from, to, std::filesystem::copy_options::recursive | std::filesystem::copy_options::copy_symlinks, code);
     if (!code)
         std::filesystem::remove_all(from, code);
     if (code)
@@ -488,8 +485,8 @@ bool ZRFile::deleteFileAtPath(const std::string& path, ZRErrorPtr* error)
     std::error_code code;
     std::filesystem::remove_all(conformed, code);
     if (code)
-        return failThroughHandler(error, "Deleting '%@'", ZRExtension::lastPathComponent(conformed), code.value(),
-            conformed);
+        return failThroughHandler(
+            error, "Deleting '%@'", ZRExtension::lastPathComponent(conformed), code.value(), conformed);
     return true;
 }
 
@@ -498,7 +495,8 @@ std::optional<ZRDate> ZRFile::modificationDateOfFileAtPath(const std::string& pa
     struct stat status;
     if (stat(conformPath(path).c_str(), &status) != 0)
         return std::nullopt;
-    const auto sinceEpoch = std::chrono::seconds(status.st_mtim.tv_sec) + std::chrono::nanoseconds(status.st_mtim.tv_nsec);
+    const auto sinceEpoch
+        = std::chrono::seconds(status.st_mtim.tv_sec) + std::chrono::nanoseconds(status.st_mtim.tv_nsec);
     return ZRDate(std::chrono::duration_cast<ZRDate::duration>(sinceEpoch));
 }
 

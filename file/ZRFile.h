@@ -109,7 +109,8 @@ public:
     // Creates an empty file unless one exists; an existing file is left as it is.
     static bool createFileAtPath(const std::string& path, ZRErrorPtr* error = nullptr);
     // Creates the file and writes the contents from position 0; an existing longer file keeps its tail.
-    static bool createFileAtPath(const std::string& path, std::span<const uint8_t> contents, ZRErrorPtr* error = nullptr);
+    static bool createFileAtPath(
+        const std::string& path, std::span<const uint8_t> contents, ZRErrorPtr* error = nullptr);
     // Creates every missing folder of the path (permissions 0755).
     static bool createDirectoryAtPath(const std::string& path, ZRErrorPtr* error = nullptr);
     // Moves or renames; a change of letter case only is renamed in place.
@@ -130,10 +131,8 @@ private:
     bool _open(ZRErrorPtr* error);
     void _close() noexcept;
     bool _readToBuffer(void* buffer, uint32_t length, ZRErrorPtr* error);
-    template <typename Value>
-    Value _readValue();
-    template <typename Value>
-    Value _readValueAtPosition(int64_t position);
+    template <typename Value> Value _readValue();
+    template <typename Value> Value _readValueAtPosition(int64_t position);
     void _dropCachedPages() noexcept;
 
     std::string _path;

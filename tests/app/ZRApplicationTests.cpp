@@ -65,9 +65,8 @@ TEST(ZRApplication, stopsModalSessionsWithCodesAndErrors)
 
     // A stop ends the innermost session only.
     ZRModalSession* outer = application.beginModalSession([&] { application.stopModal(); });
-    ZRModalSession* inner = application.beginModalSession([&] {
-        application.stopModalWithError(ZRFileError::errorWithCode(2, "Opening a file"));
-    });
+    ZRModalSession* inner = application.beginModalSession(
+        [&] { application.stopModalWithError(ZRFileError::errorWithCode(2, "Opening a file")); });
     EXPECT_EQ(application.runModal(inner), ZRModalResponseError);
     ASSERT_NE(application.modalError(), nullptr);
     EXPECT_EQ(application.modalError()->code(), 2);

@@ -21,10 +21,7 @@ void writeFile(const std::string& path, std::string_view contents)
     std::ofstream(path, std::ios::binary) << contents;
 }
 
-std::string description(const ZRErrorPtr& error)
-{
-    return error ? error->localizedDescription().value_or("") : "";
-}
+std::string description(const ZRErrorPtr& error) { return error ? error->localizedDescription().value_or("") : ""; }
 
 }
 
@@ -166,8 +163,8 @@ TEST(ZRFile, showsReadFailuresAsAlertsAndRaisesOnAFailedFlushWithAnErrorSlot)
     ZRRecordingAlertPresenter presenter;
     EXPECT_EQ(folder->readDataOfLength(4), std::nullopt);
     ASSERT_EQ(presenter.alerts().size(), 1u);
-    EXPECT_EQ(presenter.alerts()[0].informativeText,
-        "Reading from a file failed because an undefined error occurred. (21)");
+    EXPECT_EQ(
+        presenter.alerts()[0].informativeText, "Reading from a file failed because an undefined error occurred. (21)");
 
     std::unique_ptr<ZRFile> full = ZRFile::fileWithPath("/dev/full");
     ASSERT_NE(full, nullptr);
@@ -230,8 +227,8 @@ TEST(ZRFile, keepsTypeAndCreatorCodesInTheFinderInfoAttribute)
     ASSERT_TRUE(ZRFile::createFileAtPath(path));
     EXPECT_EQ(ZRFile::typeCodeAtPath(path), 0u);
     std::unique_ptr<ZRFile> file = ZRFile::fileWithPath(path);
-    file->setTypeCode(0x41494646);  // 'AIFF'
-    ZRFile::setCreatorCode(0x5A527374, path);  // 'ZRst'
+    file->setTypeCode(0x41494646); // 'AIFF'
+    ZRFile::setCreatorCode(0x5A527374, path); // 'ZRst'
 
     uint8_t info[32] = {};
     if (getxattr(path.c_str(), "user.com.apple.FinderInfo", info, sizeof info) < 0) {
