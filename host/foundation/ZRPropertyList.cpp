@@ -24,6 +24,7 @@ using namespace std::chrono;
 constexpr int maximumDepth = 512;
 // The host's reference date, 2001-01-01 00:00:00 UTC, in seconds after the Unix epoch.
 constexpr int64_t referenceDateSeconds = 978307200;
+constexpr ZRDate referenceDate() { return ZRDate(seconds(referenceDateSeconds)); }
 constexpr const char* uidKey = "CF$UID";
 
 std::string systemMessage(int code) { return std::error_code(code, std::generic_category()).message(); }
@@ -175,11 +176,14 @@ ZRDate dateOfNode(plist_t node)
     // as -100 and +250000. (Dates less than a second before the reference date lose their sign altogether.)
     if (seconds < 0 && microseconds > 0)
         microseconds = -microseconds;
-    return ZRDate(duration_cast<system_clock::duration>(
-        std::chrono::seconds(referenceDateSeconds + seconds) + std::chrono::microseconds(microseconds)));
+    // It also truncates the fraction to whole microseconds, often one below what was written; dates keep
+    // milliseconds, so that a date read and written again stays the same.
+    const int64_t since = int64_t(seconds) * 1000000 + microseconds;
+    const int64_t rounded = (since >= 0 ? since + 500 : since - 500) / 1000;
+    return referenceDate() + milliseconds(rounded);
 }
 
-// libplist 2.2 keeps dates as 32-bit seconds after the reference date: 1901-12-13 to 2069-01-19.
+// libplist 2.2 keeps dates as 32-bit seconds after the reference date: 1932-12-13 to 2069-01-19.
 plist_t newDateNode(ZRDate date)
 {
     const int64_t since = floor<microseconds>(date.time_since_epoch()).count() - referenceDateSeconds * 1000000;

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -20,6 +21,8 @@ using ZRDate = std::chrono::system_clock::time_point;
 
 // One property-list value: nothing, a boolean, an integer (signed or unsigned), a real, a string, data, a date,
 // an array or a dictionary. The readers coerce between kinds as the host's number class does and never throw.
+// Dates are the host's (seconds since 2001-01-01 00:00:00 UTC) in files. A dictionary {"CF$UID": n} stands for a
+// keyed archive's reference and is written as one.
 class ZR_EXPORT ZRPropertyList {
 public:
     enum class Type { None, Boolean, Integer, Real, String, Data, Date, Array, Dictionary };
@@ -49,8 +52,10 @@ public:
     // True for an integer that was made unsigned and does not fit a signed 64-bit value.
     bool isUnsigned() const noexcept;
 
-    // Numeric readers: numbers convert as the host's number class converts them, strings are scanned for a
-    // leading number, everything else gives 0 (NO).
+    // Numeric readers: numbers convert as the host's number class converts them (integers wrap as in C, reals
+    // truncate and saturate, NaN gives 0), strings are scanned for a leading decimal number after white space
+    // and saturate, everything else gives 0. A string is YES when it starts, after white space, a sign and zeros,
+    // with Y, y, T, t or a digit 1-9.
     bool boolValue() const noexcept;
     int32_t intValue() const noexcept;
     uint32_t unsignedIntValue() const noexcept;
@@ -67,13 +72,18 @@ public:
     const ZRDictionary* dictionary() const noexcept;
     ZRArray* array() noexcept;
     ZRDictionary* dictionary() noexcept;
-    // The string, or a number's text; empty for other kinds.
+    // The string, or a number's text (a boolean as 1 or 0, a real in its shortest exact form); empty otherwise.
     std::string stringValue() const;
 
+    // Numbers are equal when their values are, whatever their kind (1 == 1.0 == YES), as the host's are.
     bool operator==(const ZRPropertyList& other) const;
 
     // Reading and writing property-list bytes and files (XML or binary; reading recognises both). A failure
-    // gives nullopt or false and, when `failure` is given, a sentence saying why.
+    // gives nullopt or false and, when `failure` is given, a sentence saying why. Collections nest at most 512
+    // levels deep. Strings are UTF-8: bytes of a file that are not read as U+FFFD, and a string that is not (or that
+    // holds a zero character) cannot be written. Dates keep milliseconds in binary lists and whole seconds in XML
+    // ones, between 1932-12-13 and 2069-01-19 (later and earlier dates are clamped). A file is written to a
+    // temporary file beside it that then replaces it, so it is never left half written.
     static std::optional<ZRPropertyList> propertyListWithData(std::span<const uint8_t> bytes,
         std::string* failure = nullptr);
     static std::optional<ZRPropertyList> propertyListWithContentsOfFile(const std::string& path,

@@ -110,8 +110,8 @@ TEST(ZRPropertyList, everyKindRoundTripsThroughXMLAndBinary)
         EXPECT_EQ(dictionary.at("real").type(), ZRPropertyList::Type::Real);
     }
 
-    // Binary dates keep microseconds, before the reference date too; XML dates hold whole seconds.
-    const ZRArray dates { referenceDate + microseconds(600000000123456), referenceDate - microseconds(100250000) };
+    // Binary dates keep milliseconds, before the reference date too; XML dates hold whole seconds.
+    const ZRArray dates { referenceDate + milliseconds(600000000123), referenceDate - milliseconds(100250) };
     const auto binary = ZRPropertyList(dates).dataWithFormat(ZRPropertyList::Format::Binary);
     EXPECT_EQ(ZRPropertyList::propertyListWithData(*binary), ZRPropertyList(dates));
     // libplist keeps 32-bit seconds: later dates are clamped to its last one, not wrapped.
