@@ -171,7 +171,11 @@ void ZRFile::_dropCachedPages() noexcept
 
 std::optional<int64_t> ZRFile::position(ZRErrorPtr* error)
 {
-    const int64_t position = _file ? ftello(_file) : (errno = EBADF, -1);
+    if (!_file) {
+        fail(error, EBADF, "Retrieving the position in a file");
+        return std::nullopt;
+    }
+    const int64_t position = ftello(_file);
     if (position == -1) {
         fail(error, errno, "Retrieving the position in a file");
         return std::nullopt;
@@ -259,12 +263,13 @@ bool ZRFile::_readToBuffer(void* buffer, uint32_t length, ZRErrorPtr* error)
         return true;
     if (!_file)
         return fail(error, EBADF, "Reading from a file");
-    const size_t items = std::fread(buffer, length, 1, _file);
+    const bool complete = std::fread(buffer, length, 1, _file) == 1;
+    const int code = errno;
     _dropCachedPages();
     // A short read leaves errno alone at the end of the file; that case counts as success on purpose.
-    if (items == 1 || errno == 0)
+    if (complete || code == 0)
         return true;
-    return fail(error, errno, "Reading from a file");
+    return fail(error, code, "Reading from a file");
 }
 
 std::optional<ZRData> ZRFile::readDataOfLength(uint32_t length)

@@ -71,6 +71,8 @@ TEST(ZRFile, readsAndWritesTypedValuesInNativeOrderAndReadsShortAtTheEndLenientl
         + std::string(5, '\0') + "\x88\x77\x66\x55\x44\x33\x22\x11" + std::string("\x07\0\0\0", 4);
     EXPECT_EQ(ZRTestContentsOfFile(path), expected);
 
+    // Reading without the page cache reads the same.
+    file->setEnableCaching(false);
     EXPECT_EQ(file->readIntValueAtPosition(8), 0x01020304);
     EXPECT_EQ(file->readShortValue(), static_cast<int16_t>(0x748E));
     EXPECT_EQ(file->readCharValueAtPosition(20), static_cast<int8_t>(0x88));
