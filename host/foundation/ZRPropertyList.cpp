@@ -322,6 +322,46 @@ bool integerEqualsReal(uint64_t bits, bool isUnsigned, double real) noexcept
     return !isUnsigned && static_cast<int64_t>(real) == static_cast<int64_t>(bits);
 }
 
+// libplist's XML writer passes a zero character through as a zero byte.
+bool writesZeroByte(plist_t node)
+{
+    char* xml = nullptr;
+    uint32_t length = 0;
+    plist_to_xml(node, &xml, &length);
+    const bool zero = xml && std::memchr(xml, 0, length);
+    if (xml)
+        plist_to_xml_free(xml);
+    return zero;
+}
+
+// libplist 2.2 stops the process on an assertion when asked for a dictionary key that holds a zero character, which
+// a binary list can hold.
+bool holdsKeyWithZeroCharacter(plist_t node, int depth)
+{
+    if (depth > maximumDepth)
+        return false;
+    if (plist_get_node_type(node) == PLIST_ARRAY) {
+        const uint32_t count = plist_array_get_size(node);
+        for (uint32_t index = 0; index < count; ++index) {
+            if (holdsKeyWithZeroCharacter(plist_array_get_item(node, index), depth + 1))
+                return true;
+        }
+    } else if (plist_get_node_type(node) == PLIST_DICT) {
+        plist_dict_iter iterator = nullptr;
+        plist_dict_new_iter(node, &iterator);
+        bool found = false;
+        for (plist_t item = nullptr; !found;) {
+            plist_dict_next_item(node, iterator, nullptr, &item);
+            if (!item)
+                break;
+            found = writesZeroByte(plist_dict_item_get_key(item)) || holdsKeyWithZeroCharacter(item, depth + 1);
+        }
+        free(iterator);
+        return found;
+    }
+    return false;
+}
+
 } // namespace
 
 namespace ZRPropertyListPrivate {
@@ -337,9 +377,17 @@ Node parse(std::span<const uint8_t> bytes, std::string* failure)
         CLocaleScope scope;
         plist_from_memory(reinterpret_cast<const char*>(bytes.data()), static_cast<uint32_t>(bytes.size()), &node);
     }
-    if (!node)
+    if (!node) {
         fail(failure, "The data is not a property list.");
-    return Node(node);
+        return nullptr;
+    }
+    // Looking at the whole list first keeps the key-by-key search to the rare list that holds a zero character.
+    Node result(node);
+    if (writesZeroByte(node) && holdsKeyWithZeroCharacter(node, 0)) {
+        fail(failure, "A key of the property list holds a zero character.");
+        return nullptr;
+    }
+    return result;
 }
 
 std::optional<ZRData> serialize(plist_t node, ZRPropertyList::Format format, std::string* failure)

@@ -172,12 +172,17 @@ TEST(ZRPropertyList, malformedInputAndUnwritableValuesFailWithAReason)
         EXPECT_FALSE(ZRPropertyList::propertyListWithData(bytesOf(bad), &failure)) << bad;
         EXPECT_FALSE(failure.empty());
     }
+    // A binary dictionary {"a\0": YES} with a UTF-16 key, which libplist cannot hand out.
+    const ZRData zeroKey { 'b', 'p', 'l', 'i', 's', 't', '0', '0', 0xD1, 1, 2, 0x62, 0, 'a', 0, 0, 0x09, 0x08, 0x0B, 0x10,
+        0, 0, 0, 0, 0, 0, 1, 1, 0, 0, 0, 0, 0, 0, 0, 3, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x11 };
+    std::string failure;
+    EXPECT_FALSE(ZRPropertyList::propertyListWithData(zeroKey, &failure));
+    EXPECT_NE(failure.find("zero character"), std::string::npos) << failure;
     std::string deep;
     for (int level = 0; level < 600; ++level)
         deep += "<array>";
     for (int level = 0; level < 600; ++level)
         deep += "</array>";
-    std::string failure;
     EXPECT_FALSE(ZRPropertyList::propertyListWithData(bytesOf("<plist>" + deep + "</plist>"), &failure));
     EXPECT_NE(failure.find("deeper"), std::string::npos) << failure;
 
