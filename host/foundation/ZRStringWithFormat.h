@@ -60,7 +60,8 @@ private:
 // %p, %%, flags "-+ #0", width, precision ("*" included) and positions ("%2$@").
 // Each directive checks the kind of the argument it takes: an integer for %d, text for %@ and %s, a number for
 // %f, and so on (an integer also satisfies %@, and any integer satisfies %c and %C). A mismatched or missing
-// argument never reads past what was passed: the directive writes "(null)" instead.
+// argument never reads past what was passed: the directive writes "(null)" instead. Numbers are written in the C
+// locale; widths and precisions above 4096 count as 4096; an unknown directive stays in the text as written.
 ZR_EXPORT std::string ZRStringWithFormatArguments(std::string_view format, std::span<const ZRFormatArgument> arguments);
 
 template <typename... Arguments>
