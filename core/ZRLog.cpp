@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <cstring>
 #include <ctime>
 #include <mutex>
 #include <spawn.h>
@@ -44,7 +45,10 @@ struct ZRLog::State {
             messageQueue.emplace_back();
             messageQueue.back().reserve(std::max(ZRLogBlockSize, bytes.size()));
         }
-        messageQueue.back().insert(messageQueue.back().end(), bytes.begin(), bytes.end());
+        ZRData& block = messageQueue.back();
+        size_t offset = block.size();
+        block.resize(offset + bytes.size());
+        std::memcpy(block.data() + offset, bytes.data(), bytes.size());
     }
 
     void flushQueue()
@@ -109,17 +113,32 @@ std::optional<std::string> ZRLog::path() const
 void ZRLog::log(std::string_view text)
 {
     _state->enqueue(text.substr(0, std::min(text.size(), ZRUnicode::utf16Length(text))));
-    _flushQueueTimer->schedule(ZRLogFlushDelay);
+    // Every message moves the flush to three seconds after it. Re-arming the timer itself for each message would
+    // wake its thread every time; instead the message time is noted, and the timer, armed once per burst, looks
+    // at it when it fires.
+    _lastMessageTime.store(std::chrono::steady_clock::now().time_since_epoch().count());
+    if (!_flushQueueArmed.exchange(true))
+        _flushQueueTimer->schedule(ZRLogFlushDelay);
 }
 
 void ZRLog::flush()
 {
     _flushQueueTimer->invalidate();
+    _flushQueueArmed.store(false);
     _state->flushQueue();
 }
 
 void ZRLog::_flushQueueTrigger()
 {
+    _flushQueueArmed.store(false);
+    std::chrono::steady_clock::time_point lastMessage { std::chrono::steady_clock::duration(_lastMessageTime.load()) };
+    std::chrono::steady_clock::time_point due = lastMessage + ZRLogFlushDelay;
+    std::chrono::steady_clock::time_point now = std::chrono::steady_clock::now();
+    if (now < due) {
+        if (!_flushQueueArmed.exchange(true))
+            _flushQueueTimer->schedule(due - now);
+        return;
+    }
     std::shared_ptr<State> state = _state;
     try {
         std::thread([state] { state->flushQueue(); }).detach();

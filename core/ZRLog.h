@@ -3,6 +3,8 @@
 #include "core/ZRError.h"
 #include "host/foundation/ZRExport.h"
 
+#include <atomic>
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -47,4 +49,6 @@ private:
 
     std::shared_ptr<State> _state;
     std::unique_ptr<ZRTimer> _flushQueueTimer;
+    std::atomic<bool> _flushQueueArmed { false };
+    std::atomic<std::chrono::steady_clock::rep> _lastMessageTime { 0 };
 };
