@@ -68,7 +68,7 @@ size_t utf16Length(std::string_view utf8) noexcept
         size_t sequence = 1;
         if (lead >= 0xF0 && lead <= 0xF4)
             sequence = 4;
-        else if (lead >= 0xE0)
+        else if (lead >= 0xE0 && lead < 0xF0)
             sequence = 3;
         else if (lead >= 0xC2 && lead < 0xE0)
             sequence = 2;
