@@ -176,11 +176,15 @@ ZRDate dateOfNode(plist_t node)
     // as -100 and +250000. (Dates less than a second before the reference date lose their sign altogether.)
     if (seconds < 0 && microseconds > 0)
         microseconds = -microseconds;
+    // Dates beyond its range come out of it as they happen to, the fraction included.
+    if (microseconds <= -1000000 || microseconds >= 1000000)
+        microseconds = 0;
     // It also truncates the fraction to whole microseconds, often one below what was written; dates keep
     // milliseconds, so that a date read and written again stays the same.
     const int64_t since = int64_t(seconds) * 1000000 + microseconds;
     const int64_t rounded = (since >= 0 ? since + 500 : since - 500) / 1000;
-    return referenceDate() + milliseconds(rounded);
+    constexpr int64_t earliest = int64_t(std::numeric_limits<int32_t>::min()) * 1000;
+    return referenceDate() + milliseconds(std::max(rounded, earliest));
 }
 
 // libplist 2.2 keeps dates as 32-bit seconds after the reference date: 1932-12-13 to 2069-01-19.
