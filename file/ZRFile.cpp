@@ -1,9 +1,14 @@
 #include "file/ZRFile.h"
 
+#include "app/ZRApplication.h"
 #include "core/ZRFileError.h"
+#include "core/ZRSecurityError.h"
 #include "file/ZRFileManagerHandler.h"
 #include "host/foundation/ZRLocalizedString.h"
 #include "host/foundation/ZRStringWithFormat.h"
+#include "host/system/ZRFileCopier.h"
+#include "host/system/ZRFinderInfo.h"
+#include "host/system/ZRPrivilegedTool.h"
 
 #include <algorithm>
 #include <array>
@@ -13,13 +18,10 @@
 #include <filesystem>
 #include <pwd.h>
 #include <sys/stat.h>
-#include <sys/xattr.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 namespace {
-
-constexpr const char* ZRFinderInfoAttribute = "user.com.apple.FinderInfo";
-constexpr size_t ZRFinderInfoLength = 32;
 
 // Builds the error of a failed C library call, only when the caller asked for one.
 bool fail(ZRErrorPtr* error, int code, const char* action)
@@ -71,29 +73,96 @@ bool failThroughHandler(
     return false;
 }
 
-std::array<uint8_t, ZRFinderInfoLength> finderInfoAtPath(const std::string& path)
+// Builds the error of a privileged operation, its action filled with the file name without extension.
+bool failWithStatus(ZRErrorPtr* error, int32_t status, std::string_view action, const std::string& path)
 {
-    std::array<uint8_t, ZRFinderInfoLength> info {};
-    std::array<uint8_t, ZRFinderInfoLength> read {};
-    if (getxattr(path.c_str(), ZRFinderInfoAttribute, read.data(), read.size()) == ZRFinderInfoLength)
-        info = read;
-    return info;
+    if (error)
+        *error = ZRSecurityError::errorWithCode(status, ZRStringWithFormat(action, ZRExtension::filename(path)));
+    return false;
 }
 
-uint32_t finderInfoCode(const std::string& path, size_t offset)
+// A path as the privileged tools get it. pkexec starts its program in root's home folder, so a relative path is made
+// absolute. A path that would still begin with "-" (when the working folder is gone) would be read by the tool as
+// an option, "-rf" among them; "./" in front names the same file and is no option.
+std::string toolArgument(const std::string& path)
 {
-    const std::array<uint8_t, ZRFinderInfoLength> info = finderInfoAtPath(ZRFile::conformPath(path));
-    return uint32_t(info[offset]) << 24 | uint32_t(info[offset + 1]) << 16 | uint32_t(info[offset + 2]) << 8
-        | info[offset + 3];
+    std::error_code code;
+    std::string argument = path.empty() ? path : std::filesystem::absolute(path, code).string();
+    if (code)
+        argument = path;
+    if (argument.starts_with('-'))
+        argument.insert(0, "./");
+    return argument;
 }
 
-void setFinderInfoCode(const std::string& path, size_t offset, uint32_t code)
+// Runs a privileged tool with "-f" and the paths (the first one names the item in the sentences).
+bool runPrivilegedTool(const char* tool, const std::vector<std::string>& paths, std::string_view creationAction,
+    std::string_view runAction, ZRErrorPtr* error)
 {
-    const std::string conformed = ZRFile::conformPath(path);
-    std::array<uint8_t, ZRFinderInfoLength> info = finderInfoAtPath(conformed);
-    for (size_t index = 0; index < 4; ++index)
-        info[offset + index] = static_cast<uint8_t>(code >> (24 - 8 * index));
-    setxattr(conformed.c_str(), ZRFinderInfoAttribute, info.data(), info.size(), 0);
+    if (const int32_t status = ZRPrivilegedTool::createAuthorization(); status != 0)
+        return failWithStatus(error, status, creationAction, paths.front());
+    std::vector<std::string> arguments { "-f" };
+    for (const std::string& path : paths)
+        arguments.push_back(toolArgument(path));
+    if (const int32_t status = ZRPrivilegedTool::executeWithPrivileges(tool, arguments); status != 0)
+        return failWithStatus(error, status, runAction, paths.front());
+    return true;
+}
+
+ZRDate dateOf(const timespec& time)
+{
+    const auto sinceEpoch = std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+    return ZRDate(std::chrono::duration_cast<ZRDate::duration>(sinceEpoch));
+}
+
+ZRDate dateOf(const statx_timestamp& time)
+{
+    return dateOf(timespec { static_cast<time_t>(time.tv_sec), static_cast<long>(time.tv_nsec) });
+}
+
+// "/Volumes/<volume>/.velmora_temp/" for a path on a volume whose folder exists. On Linux nothing mounts there by
+// itself, so a missing volume folder is not made.
+std::optional<std::string> volumeTempFolder(const std::string& path)
+{
+    constexpr std::string_view volumes = "/Volumes/";
+    if (!path.starts_with(volumes))
+        return std::nullopt;
+    const std::string volume = path.substr(volumes.size(), path.find('/', volumes.size()) - volumes.size());
+    if (volume.empty() || !ZRFile::directoryExistsAtPath(std::string(volumes) + volume))
+        return std::nullopt;
+    return ZRStringWithFormat("/Volumes/%@/.velmora_temp/", volume);
+}
+
+// "<mount point>/.velmora_temp/" when the path lies on another file system than the home folder. The mount point is
+// the highest folder above the path's nearest existing folder that is still on the same device, so links on the
+// way lead to the file system the path really uses.
+std::optional<std::string> mountPointTempFolder(const std::string& path)
+{
+    namespace fs = std::filesystem;
+    std::error_code code;
+    fs::path folder = fs::absolute(path, code).lexically_normal();
+    if (code)
+        return std::nullopt;
+    struct stat status;
+    while (stat(folder.c_str(), &status) != 0) {
+        if (!folder.has_relative_path())
+            return std::nullopt;
+        folder = folder.parent_path();
+    }
+    struct stat home;
+    if (stat(ZRFile::conformPath("~").c_str(), &home) != 0 || home.st_dev == status.st_dev)
+        return std::nullopt;
+    while (folder.has_relative_path()) {
+        const fs::path parent = folder.parent_path();
+        struct stat parentStatus;
+        if (stat(parent.c_str(), &parentStatus) != 0 || parentStatus.st_dev != status.st_dev)
+            break;
+        folder = parent;
+    }
+    std::string mountPoint = folder.string();
+    while (mountPoint.ends_with('/'))
+        mountPoint.pop_back();
+    return mountPoint + "/.velmora_temp/";
 }
 
 }
@@ -471,8 +540,9 @@ bool ZRFile::movePath(const std::string& source, const std::string& destination,
         return true;
     if (errno != EXDEV)
         return failThroughHandler(error, "Moving '%@'", name, errno, from);
-    std::filesystem::copy(
-        from, to, std::filesystem::copy_options::recursive | std::filesystem::copy_options::copy_symlinks, code);
+    // A copy that fails removes itself, leaving the source as it was; a source that cannot be removed after a
+    // complete copy stays beside the copy, so that nothing is lost either way.
+    code = ZRFileCopier::copyItem(from, to);
     if (!code)
         std::filesystem::remove_all(from, code);
     if (code)
@@ -495,17 +565,199 @@ bool ZRFile::deleteFileAtPath(const std::string& path, ZRErrorPtr* error)
     return true;
 }
 
+bool ZRFile::copyPath(const std::string& source, const std::string& destination, ZRErrorPtr* error)
+{
+    const std::string from = conformPath(source);
+    if (const std::error_code code = ZRFileCopier::copyItem(from, conformPath(destination)))
+        return failThroughHandler(error, "Copying '%@'", ZRExtension::lastPathComponent(from), code.value(), from);
+    return true;
+}
+
+bool ZRFile::renamePath(const std::string& path, const std::string& name, ZRErrorPtr* error)
+{
+    std::string destination = path;
+    ZRExtension::replaceLastPathComponent(destination, name);
+    if (ZRExtension::pathExtension(name).empty())
+        ZRExtension::setPathExtension(destination, ZRExtension::pathExtension(path));
+    return movePath(path, destination, error);
+}
+
+bool ZRFile::copyItemsInDirectory(const std::string& source, const std::string& destination, ZRErrorPtr* error)
+{
+    if (!createDirectoryAtPath(destination, error))
+        return false;
+    const std::optional<std::vector<std::string>> names = contentsOfDirectoryAtPath(source, error);
+    if (!names)
+        return false;
+    for (const std::string& name : *names) {
+        std::string sourceItem = source;
+        std::string destinationItem = destination;
+        ZRExtension::appendPathComponent(sourceItem, name);
+        ZRExtension::appendPathComponent(destinationItem, name);
+        if (!fileExistsAtPath(destinationItem) && !copyPath(sourceItem, destinationItem, error))
+            return false;
+    }
+    return true;
+}
+
+bool ZRFile::emptyDirectoryAtPath(const std::string& path, ZRErrorPtr* error)
+{
+    const std::optional<std::vector<std::string>> names = contentsOfDirectoryAtPath(path, error);
+    if (!names)
+        return false;
+    for (const std::string& name : *names) {
+        std::string item = path;
+        ZRExtension::appendPathComponent(item, name);
+        if (!deleteFileAtPath(item, error))
+            return false;
+    }
+    return true;
+}
+
+bool ZRFile::deleteFileAtPathWithAuthentication(const std::string& path, ZRErrorPtr* error)
+{
+    return runPrivilegedTool("/bin/rm", { conformPath(path) },
+        ZRLocalizedString("Creating the authorization to delete '%@'"), ZRLocalizedString("Removing '%@'"), error);
+}
+
+bool ZRFile::copyPathWithAuthentication(const std::string& source, const std::string& destination, ZRErrorPtr* error)
+{
+    return runPrivilegedTool("/bin/cp", { conformPath(source), conformPath(destination) },
+        ZRLocalizedString("Creating the authorization to copy '%@'"), ZRLocalizedString("Copying '%@'"), error);
+}
+
+bool ZRFile::movePathWithAuthentication(const std::string& source, const std::string& destination, ZRErrorPtr* error)
+{
+    // The creation sentence of the move is not localised, unlike its siblings.
+    return runPrivilegedTool("/bin/mv", { conformPath(source), conformPath(destination) },
+        "Creating the authorization to move '%@'", ZRLocalizedString("Moving '%@'"), error);
+}
+
+std::optional<std::vector<std::string>> ZRFile::contentsOfDirectoryAtPath(const std::string& path, ZRErrorPtr* error)
+{
+    const std::string conformed = conformPath(path);
+    std::vector<std::string> names;
+    std::error_code code;
+    for (std::filesystem::directory_iterator entry(conformed, code), end; !code && entry != end;
+         entry.increment(code))
+        names.push_back(entry->path().filename().string());
+    if (code) {
+        failThroughHandler(error, "Listing '%@'", ZRExtension::lastPathComponent(conformed), code.value(), conformed);
+        return std::nullopt;
+    }
+    std::ranges::sort(names);
+    return names;
+}
+
+uint64_t ZRFile::sizeOfDirectoryAtPath(const std::string& path)
+{
+    uint64_t size = 0;
+    std::error_code code;
+    std::filesystem::recursive_directory_iterator entry(
+        conformPath(path), std::filesystem::directory_options::skip_permission_denied, code);
+    for (const std::filesystem::recursive_directory_iterator end; !code && entry != end; entry.increment(code)) {
+        struct stat status;
+        if (lstat(entry->path().c_str(), &status) == 0 && !S_ISDIR(status.st_mode))
+            size += static_cast<uint64_t>(status.st_size);
+    }
+    return size;
+}
+
+uint64_t ZRFile::lengthOfFileAtPath(const std::string& path)
+{
+    struct stat status;
+    return lstat(conformPath(path).c_str(), &status) == 0 ? static_cast<uint64_t>(status.st_size) : 0;
+}
+
 std::optional<ZRDate> ZRFile::modificationDateOfFileAtPath(const std::string& path)
 {
     struct stat status;
     if (stat(conformPath(path).c_str(), &status) != 0)
         return std::nullopt;
-    const auto sinceEpoch
-        = std::chrono::seconds(status.st_mtim.tv_sec) + std::chrono::nanoseconds(status.st_mtim.tv_nsec);
-    return ZRDate(std::chrono::duration_cast<ZRDate::duration>(sinceEpoch));
+    return dateOf(status.st_mtim);
 }
 
-uint32_t ZRFile::typeCodeAtPath(const std::string& path) { return finderInfoCode(path, 0); }
-void ZRFile::setTypeCode(uint32_t code, const std::string& path) { setFinderInfoCode(path, 0, code); }
-uint32_t ZRFile::creatorCodeAtPath(const std::string& path) { return finderInfoCode(path, 4); }
-void ZRFile::setCreatorCode(uint32_t code, const std::string& path) { setFinderInfoCode(path, 4, code); }
+std::optional<ZRDate> ZRFile::creationDateOfFileAtPath(const std::string& path)
+{
+    struct statx status;
+    if (statx(AT_FDCWD, conformPath(path).c_str(), 0, STATX_BTIME | STATX_CTIME, &status) != 0)
+        return std::nullopt;
+    return dateOf((status.stx_mask & STATX_BTIME) ? status.stx_btime : status.stx_ctime);
+}
+
+std::optional<std::string> ZRFile::tempDirectoryForPath(const std::string& path)
+{
+    const std::string conformed = conformPath(path);
+    for (const std::optional<std::string>& candidate : { volumeTempFolder(conformed), mountPointTempFolder(conformed) }) {
+        // A folder someone else made there may exist without being ours to write in.
+        if (candidate && createDirectoryAtPath(*candidate) && access(candidate->c_str(), W_OK | X_OK) == 0)
+            return candidate;
+    }
+    std::string folder = ZRApplication::shared().supportDirectory() + "Temp/";
+    if (!createDirectoryAtPath(folder))
+        return std::nullopt;
+    return folder;
+}
+
+uint32_t ZRFile::typeCodeAtPath(const std::string& path)
+{
+    return ZRFinderInfo::infoAtPath(conformPath(path)).typeCode();
+}
+
+void ZRFile::setTypeCode(uint32_t code, const std::string& path)
+{
+    const std::string conformed = conformPath(path);
+    ZRFinderInfo info = ZRFinderInfo::infoAtPath(conformed);
+    info.setTypeCode(code);
+    info.writeToPath(conformed);
+}
+
+uint32_t ZRFile::creatorCodeAtPath(const std::string& path)
+{
+    return ZRFinderInfo::infoAtPath(conformPath(path)).creatorCode();
+}
+
+void ZRFile::setCreatorCode(uint32_t code, const std::string& path)
+{
+    const std::string conformed = conformPath(path);
+    ZRFinderInfo info = ZRFinderInfo::infoAtPath(conformed);
+    info.setCreatorCode(code);
+    info.writeToPath(conformed);
+}
+
+void ZRFile::hideExtensionAtPath(const std::string& path)
+{
+    const std::string conformed = conformPath(path);
+    ZRFinderInfo info = ZRFinderInfo::infoAtPath(conformed);
+    info.setExtendedFinderFlags(info.extendedFinderFlags() | ZRFinderInfo::hasHiddenExtension);
+    info.writeToPath(conformed);
+}
+
+uint32_t ZRFile::labelAtPath(const std::string& path)
+{
+    return (ZRFinderInfo::infoAtPath(path).finderFlags() & ZRFinderInfo::colorMask) >> 1;
+}
+
+void ZRFile::setLabel(uint32_t label, const std::string& path)
+{
+    ZRFinderInfo info = ZRFinderInfo::infoAtPath(path);
+    const auto flags = static_cast<uint16_t>(
+        (info.finderFlags() & ~ZRFinderInfo::colorMask) | ((label << 1) & ZRFinderInfo::colorMask));
+    info.setFinderFlags(flags);
+    info.writeToPath(path);
+}
+
+bool ZRFile::isReadOnlyVolumeAtPath(const std::string& path)
+{
+    struct statvfs status;
+    return statvfs(conformPath(path).c_str(), &status) == 0 && (status.f_flag & ST_RDONLY);
+}
+
+uint64_t ZRFile::availableBytesOnVolumeAtPath(const std::string& path)
+{
+    // The fragment size is the unit the block counts are in; the block size is only the preferred I/O size.
+    struct statvfs status;
+    if (statvfs(conformPath(path).c_str(), &status) != 0)
+        return 0;
+    return static_cast<uint64_t>(status.f_bavail) * status.f_frsize;
+}

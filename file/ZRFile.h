@@ -13,6 +13,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 // One open file: a conformed path and a buffered stdio stream, opened read-write where permitted and read-only
 // otherwise. Positions and lengths are signed 64-bit byte counts; typed values are read and written in native byte
@@ -113,18 +114,72 @@ public:
         const std::string& path, std::span<const uint8_t> contents, ZRErrorPtr* error = nullptr);
     // Creates every missing folder of the path (permissions 0755).
     static bool createDirectoryAtPath(const std::string& path, ZRErrorPtr* error = nullptr);
-    // Moves or renames; a change of letter case only is renamed in place.
+    // Moves or renames; nothing may exist at the destination. Within one file system the item is renamed (a change
+    // of letter case only too), across file systems copied and then deleted.
     static bool movePath(const std::string& source, const std::string& destination, ZRErrorPtr* error = nullptr);
     // Removes a file or a whole folder; a path where nothing exists succeeds at once.
     static bool deleteFileAtPath(const std::string& path, ZRErrorPtr* error = nullptr);
-    static std::optional<ZRDate> modificationDateOfFileAtPath(const std::string& path);
+    // Copies a file, a folder with everything in it, or a link as a link; nothing may exist at the destination.
+    // Holes, permissions, times and user attributes go along; memory stays bounded whatever the size.
+    static bool copyPath(const std::string& source, const std::string& destination, ZRErrorPtr* error = nullptr);
+    // Gives the item a new name in its folder; a name without extension keeps the old one (take.aif renamed to
+    // "mix" becomes mix.aif).
+    static bool renamePath(const std::string& path, const std::string& name, ZRErrorPtr* error = nullptr);
+    // Copies each entry of the source folder into the destination folder (created when missing), skipping names
+    // of which a file exists there already. An existing sub-folder is not skipped: its copy fails.
+    static bool copyItemsInDirectory(
+        const std::string& source, const std::string& destination, ZRErrorPtr* error = nullptr);
+    // Deletes each entry of the folder, stopping at the first failure.
+    static bool emptyDirectoryAtPath(const std::string& path, ZRErrorPtr* error = nullptr);
 
-    // The four-character type and creator codes, kept in the extended attribute "user.com.apple.FinderInfo".
-    // Failures are ignored: reads give 0, and a file system without user attributes keeps nothing.
+    // Delete, copy and move with administrator rights, for when the plain operation was refused: "/bin/rm",
+    // "/bin/cp" or "/bin/mv" run with "-f" and the paths, through polkit's pkexec or directly when the process is
+    // root. Unlike the host's they wait for the tool, so success means it finished with status 0. Failures are
+    // ZRSecurityErrors with the authorization services' codes (see host/system/ZRPrivilegedTool.h). cp without
+    // "-R" copies no folders.
+    static bool deleteFileAtPathWithAuthentication(const std::string& path, ZRErrorPtr* error = nullptr);
+    static bool copyPathWithAuthentication(
+        const std::string& source, const std::string& destination, ZRErrorPtr* error = nullptr);
+    static bool movePathWithAuthentication(
+        const std::string& source, const std::string& destination, ZRErrorPtr* error = nullptr);
+
+    // The names in the folder without "." and "..", sorted by their bytes; nullopt with a "Listing '%@'" error when
+    // the folder cannot be read.
+    static std::optional<std::vector<std::string>> contentsOfDirectoryAtPath(
+        const std::string& path, ZRErrorPtr* error = nullptr);
+    // The sizes of all files and links in the folder and its sub-folders added up, links not followed; folders
+    // themselves count nothing (their size on Linux says nothing about their contents). 0 when unreadable.
+    static uint64_t sizeOfDirectoryAtPath(const std::string& path);
+    // The item's size, a link's own rather than its target's; 0 when there is none.
+    static uint64_t lengthOfFileAtPath(const std::string& path);
+    static std::optional<ZRDate> modificationDateOfFileAtPath(const std::string& path);
+    // The birth time where the file system records one (statx); otherwise the time the item's status last changed,
+    // the closest date Linux keeps.
+    static std::optional<ZRDate> creationDateOfFileAtPath(const std::string& path);
+
+    // A created folder for temporary files on the same file system as the path, so that a finished file moves into
+    // place without a copy, ending in "/": "/Volumes/<volume>/.velmora_temp/" for a path on a volume whose folder
+    // exists; "<mount point>/.velmora_temp/" when the path lies on another file system than the home folder and
+    // that folder can be written; else "~/Library/Application Support/Velmora/<name>/Temp/" expanded. Nullopt
+    // when even that cannot be made.
+    static std::optional<std::string> tempDirectoryForPath(const std::string& path);
+
+    // The four-character type and creator codes, the Finder label and the hidden extension, kept in the Finder
+    // information (host/system/ZRFinderInfo.h). Failures are ignored: reads give 0, and a file system without user
+    // attributes keeps nothing.
     static uint32_t typeCodeAtPath(const std::string& path);
     static void setTypeCode(uint32_t code, const std::string& path);
     static uint32_t creatorCodeAtPath(const std::string& path);
     static void setCreatorCode(uint32_t code, const std::string& path);
+    static void hideExtensionAtPath(const std::string& path);
+    // The colour label, 0 to 7, in the Finder flags' mask 0x0E. These two take the path as it is, a "~" unexpanded.
+    static uint32_t labelAtPath(const std::string& path);
+    static void setLabel(uint32_t label, const std::string& path);
+
+    // The volume of the path is mounted read-only; false when it cannot be asked.
+    static bool isReadOnlyVolumeAtPath(const std::string& path);
+    // The bytes an unprivileged user may still write on the volume of the path; 0 when it cannot be asked.
+    static uint64_t availableBytesOnVolumeAtPath(const std::string& path);
 
 private:
     explicit ZRFile(std::string path);
