@@ -64,7 +64,8 @@ void ZRBundle::_loadMain()
         if (info && info->dictionary())
             _info = *info->dictionary();
         else
-            ZRConsoleLogLine("The application's information is ignored: " + (info ? "it is not a dictionary." : failure));
+            ZRConsoleLogLine(
+                "The application's information is ignored: " + (info ? "it is not a dictionary." : failure));
     }
     _resourcePath = (folder / "resources").string();
     _localePath = _resourcePath + "/locale";

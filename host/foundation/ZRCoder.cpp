@@ -273,8 +273,9 @@ struct ZRKeyedUnarchiver::Impl {
 
     plist_t object(uint64_t reference) const
     {
-        return reference < plist_array_get_size(objects) ? plist_array_get_item(objects, static_cast<uint32_t>(reference))
-                                                         : nullptr;
+        return reference < plist_array_get_size(objects)
+            ? plist_array_get_item(objects, static_cast<uint32_t>(reference))
+            : nullptr;
     }
 
     std::string className(plist_t node) const
@@ -345,8 +346,8 @@ struct ZRKeyedUnarchiver::Impl {
         return result ? std::optional<ZRPropertyList>(std::move(*result)) : std::nullopt;
     }
 
-    std::optional<ZRPropertyList> dictionary(plist_t keyReferences, plist_t valueReferences, int depth,
-        size_t& budget) const
+    std::optional<ZRPropertyList> dictionary(
+        plist_t keyReferences, plist_t valueReferences, int depth, size_t& budget) const
     {
         auto keys = elements(keyReferences, depth, budget);
         auto values = keys ? elements(valueReferences, depth, budget) : std::nullopt;
@@ -376,8 +377,8 @@ ZRKeyedUnarchiver::ZRKeyedUnarchiver()
 
 ZRKeyedUnarchiver::~ZRKeyedUnarchiver() = default;
 
-std::unique_ptr<ZRKeyedUnarchiver> ZRKeyedUnarchiver::unarchiverWithData(std::span<const uint8_t> bytes,
-    std::string* failure)
+std::unique_ptr<ZRKeyedUnarchiver> ZRKeyedUnarchiver::unarchiverWithData(
+    std::span<const uint8_t> bytes, std::string* failure)
 {
     Node archive = ZRPropertyListPrivate::parse(bytes, failure);
     if (!archive)
@@ -465,8 +466,8 @@ std::optional<ZRPropertyList> ZRKeyedUnarchiver::decodeObject(std::string_view k
     return value && !value->isNone() ? value : std::nullopt;
 }
 
-std::optional<ZRPropertyList> ZRKeyedUnarchiver::unarchiveObjectWithData(std::span<const uint8_t> bytes,
-    std::string* failure)
+std::optional<ZRPropertyList> ZRKeyedUnarchiver::unarchiveObjectWithData(
+    std::span<const uint8_t> bytes, std::string* failure)
 {
     const auto unarchiver = unarchiverWithData(bytes, failure);
     if (!unarchiver)

@@ -92,8 +92,7 @@ ScannedInteger scanInteger(std::string_view text) noexcept
     return result;
 }
 
-template <typename T>
-T clampScanned(ScannedInteger scanned) noexcept
+template <typename T> T clampScanned(ScannedInteger scanned) noexcept
 {
     if (!scanned.negative)
         return static_cast<T>(std::min<uint64_t>(scanned.magnitude, std::numeric_limits<T>::max()));
@@ -116,7 +115,8 @@ double scanDouble(std::string_view text) noexcept
     if (!digits.empty() && (digits.front() == '-' || digits.front() == '+'))
         digits.remove_prefix(1);
     const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
-    if (digits.empty() || !(isDigit(digits.front()) || (digits.front() == '.' && digits.size() > 1 && isDigit(digits[1]))))
+    if (digits.empty()
+        || !(isDigit(digits.front()) || (digits.front() == '.' && digits.size() > 1 && isDigit(digits[1]))))
         return 0;
     if (digits.size() > 1 && digits[0] == '0' && (digits[1] == 'x' || digits[1] == 'X'))
         return 0;
@@ -125,8 +125,7 @@ double scanDouble(std::string_view text) noexcept
 }
 
 // Reals convert to integers by truncation, saturating at the ends of the range; NaN gives 0.
-template <typename T>
-T saturatingCast(double value) noexcept
+template <typename T> T saturatingCast(double value) noexcept
 {
     if (std::isnan(value))
         return 0;
@@ -438,9 +437,9 @@ ZRPropertyList scalarValue(plist_t node)
         return ZRPropertyList(value);
     }
     case PLIST_STRING: {
-        uint64_t length = 0;
-        const char* text = plist_get_string_ptr(node, &length);
-        return ZRPropertyList(ZRUnicode::validUTF8(std::string_view(text ? text : "", text ? length : 0)));
+        // Strings end at a zero character, as libplist's own ASCII strings and everything it writes do.
+        const char* text = plist_get_string_ptr(node, nullptr);
+        return ZRPropertyList(ZRUnicode::validUTF8(text ? text : ""));
     }
     case PLIST_DATA: {
         uint64_t length = 0;
@@ -736,8 +735,8 @@ std::optional<ZRPropertyList> ZRPropertyList::propertyListWithData(std::span<con
     return valueOfNode(node.get(), 0, failure);
 }
 
-std::optional<ZRPropertyList> ZRPropertyList::propertyListWithContentsOfFile(const std::string& path,
-    std::string* failure)
+std::optional<ZRPropertyList> ZRPropertyList::propertyListWithContentsOfFile(
+    const std::string& path, std::string* failure)
 {
     const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (file < 0) {

@@ -80,14 +80,14 @@ public:
 
     // Reading and writing property-list bytes and files (XML or binary; reading recognises both). A failure
     // gives nullopt or false and, when `failure` is given, a sentence saying why. Collections nest at most 512
-    // levels deep. Strings are UTF-8: bytes of a file that are not read as U+FFFD, and a string that is not (or that
-    // holds a zero character) cannot be written. Dates keep milliseconds in binary lists and whole seconds in XML
-    // ones, between 1932-12-13 and 2069-01-19 (later and earlier dates are clamped). A file is written to a
-    // temporary file beside it that then replaces it, so it is never left half written.
-    static std::optional<ZRPropertyList> propertyListWithData(std::span<const uint8_t> bytes,
-        std::string* failure = nullptr);
-    static std::optional<ZRPropertyList> propertyListWithContentsOfFile(const std::string& path,
-        std::string* failure = nullptr);
+    // levels deep. Strings are UTF-8 and end at a zero character: bytes of a file that are not UTF-8 read as
+    // U+FFFD, and a string that is not UTF-8 or holds a zero character cannot be written. Dates keep milliseconds
+    // in binary lists and whole seconds in XML ones, between 1932-12-13 and 2069-01-19 (others are clamped). A
+    // file is written to a temporary file beside it that then replaces it, so it is never left half written.
+    static std::optional<ZRPropertyList> propertyListWithData(
+        std::span<const uint8_t> bytes, std::string* failure = nullptr);
+    static std::optional<ZRPropertyList> propertyListWithContentsOfFile(
+        const std::string& path, std::string* failure = nullptr);
     std::optional<ZRData> dataWithFormat(Format format, std::string* failure = nullptr) const;
     bool writeToFile(const std::string& path, Format format = Format::XML, std::string* failure = nullptr) const;
 

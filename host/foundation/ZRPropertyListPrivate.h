@@ -24,8 +24,8 @@ Node parse(std::span<const uint8_t> bytes, std::string* failure);
 // The bytes of a node tree in the given format.
 std::optional<ZRData> serialize(plist_t node, ZRPropertyList::Format format, std::string* failure);
 
-// The value of a boolean, integer, real, string, data or date node; none for every other kind. Bytes of a string
-// that are not UTF-8 read as U+FFFD.
+// The value of a boolean, integer, real, string, data or date node; none for every other kind. A string ends at a
+// zero character, and its bytes that are not UTF-8 read as U+FFFD.
 ZRPropertyList scalarValue(plist_t node);
 // A new node for a boolean, integer, real, string, data or date value; null for other kinds. A string ends at its
 // first zero character (libplist keeps C strings), and its bytes that are not UTF-8 are written as U+FFFD.

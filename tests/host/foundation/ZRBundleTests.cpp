@@ -64,8 +64,9 @@ TEST(ZRBundle, theMainBundleReadsTheInfoPlistBesideTheExecutable)
     if (error)
         fs::copy_file(executable, copy, error);
     ASSERT_FALSE(error) << error.message();
-    ASSERT_TRUE(ZRPropertyList(ZRDictionary { { "CFBundleName", "Sound Studio" }, { "CFBundleShortVersionString", "2.1" } })
-                    .writeToFile(folder + "/Info.plist"));
+    ASSERT_TRUE(
+        ZRPropertyList(ZRDictionary { { "CFBundleName", "Sound Studio" }, { "CFBundleShortVersionString", "2.1" } })
+            .writeToFile(folder + "/Info.plist"));
     EXPECT_TRUE(ZRTestRunInChildProcess([&] {
         setenv("ZR_TEST_BUNDLE_COPY", "1", 1);
         execl(copy.c_str(), copy.c_str(), "--gtest_filter=ZRBundle.theMainBundleReadsTheInfoPlistBesideTheExecutable",

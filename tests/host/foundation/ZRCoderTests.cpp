@@ -58,8 +58,7 @@ TEST(ZRKeyedArchiver, writesTheHostsKeyedArchiveLayout)
         return objects.at(reference.dictionary()->at("CF$UID").unsignedIntValue());
     };
     const auto description = [](std::string_view name, std::string_view base) {
-        return ZRPropertyList(
-            ZRDictionary { { "$classname", name }, { "$classes", ZRArray { name, base } } });
+        return ZRPropertyList(ZRDictionary { { "$classname", name }, { "$classes", ZRArray { name, base } } });
     };
 
     const ZRDictionary& root = *objects.at(1).dictionary();
@@ -144,10 +143,9 @@ TEST(ZRKeyedArchiver, valuesAndKeyedScalarsReadBack)
 
 TEST(ZRKeyedUnarchiver, readsTheHostsMutableClassesAndXMLArchives)
 {
-    const ZRData bytes = archive(
-        "<dict><key>NS.keys</key><array>" + uid(2) + uid(3) + uid(4) + uid(5) + "</array><key>NS.objects</key><array>"
-        + uid(6) + uid(9) + uid(11) + uid(13) + "</array><key>$class</key>" + uid(8) + "</dict>"
-        + "<string>list</string><string>name</string><string>cookie</string><string>saved</string>"
+    const ZRData bytes = archive("<dict><key>NS.keys</key><array>" + uid(2) + uid(3) + uid(4) + uid(5)
+        + "</array><key>NS.objects</key><array>" + uid(6) + uid(9) + uid(11) + uid(13) + "</array><key>$class</key>"
+        + uid(8) + "</dict>" + "<string>list</string><string>name</string><string>cookie</string><string>saved</string>"
         + "<dict><key>NS.objects</key><array>" + uid(7) + uid(15) + "</array><key>$class</key>" + uid(16) + "</dict>"
         + "<integer>-3</integer>" + classDescription("NSMutableDictionary NSDictionary NSObject")
         + "<dict><key>NS.string</key><string>Take 3</string><key>$class</key>" + uid(10) + "</dict>"
@@ -179,20 +177,18 @@ TEST(ZRKeyedUnarchiver, malformedArchivesFailOrReadAsAbsent)
     EXPECT_FALSE(ZRKeyedUnarchiver::unarchiverWithData(archive("<string>a</string>", "<key>root</key>" + uid(1), "X")));
     EXPECT_FALSE(ZRKeyedUnarchiver::unarchiverWithData(archive("<string>a</string>", "<key>root</key>" + uid(9))));
     EXPECT_FALSE(ZRKeyedUnarchiver::unarchiveObjectWithData(archive("", "<key>root</key>" + uid(0)), &failure));
-    EXPECT_FALSE(ZRKeyedUnarchiver::unarchiveObjectWithData(ZRPropertyList(ZRArray { 1 }).dataWithFormat(
-        ZRPropertyList::Format::Binary).value()));
+    EXPECT_FALSE(ZRKeyedUnarchiver::unarchiveObjectWithData(
+        ZRPropertyList(ZRArray { 1 }).dataWithFormat(ZRPropertyList::Format::Binary).value()));
 
     // Dangling references, objects of unexpected kinds and unknown classes read as absent.
     const std::string array = classDescription("NSArray NSObject");
     const std::string dictionary = classDescription("NSDictionary NSObject");
     const auto keyed = ZRKeyedUnarchiver::unarchiverWithData(archive("<dict><key>dangling</key>" + uid(99)
-        + "<key>text</key>" + uid(3) + "<key>plain</key><array/><key>keys</key>" + uid(4) + "<key>count</key>"
-        + uid(5) + "<key>date</key>" + uid(6) + "<key>unknown</key>" + uid(8) + "<key>$class</key>" + uid(2)
-        + "</dict>" + array + "<string>x</string>"
-        + "<dict><key>NS.keys</key><array>" + uid(9) + "</array><key>NS.objects</key><array>" + uid(3)
-        + "</array><key>$class</key>" + uid(7) + "</dict>"
-        + "<dict><key>NS.keys</key><array>" + uid(3) + "</array><key>NS.objects</key><array/><key>$class</key>"
-        + uid(7) + "</dict>"
+        + "<key>text</key>" + uid(3) + "<key>plain</key><array/><key>keys</key>" + uid(4) + "<key>count</key>" + uid(5)
+        + "<key>date</key>" + uid(6) + "<key>unknown</key>" + uid(8) + "<key>$class</key>" + uid(2) + "</dict>" + array
+        + "<string>x</string>" + "<dict><key>NS.keys</key><array>" + uid(9) + "</array><key>NS.objects</key><array>"
+        + uid(3) + "</array><key>$class</key>" + uid(7) + "</dict>" + "<dict><key>NS.keys</key><array>" + uid(3)
+        + "</array><key>NS.objects</key><array/><key>$class</key>" + uid(7) + "</dict>"
         + "<dict><key>NS.time</key><string>soon</string><key>$class</key>" + uid(10) + "</dict>" + dictionary
         + "<dict><key>$class</key>" + uid(11) + "</dict><integer>1</integer>" + classDescription("NSDate NSObject")
         + classDescription("NSWindow NSObject")));
@@ -208,9 +204,8 @@ TEST(ZRKeyedUnarchiver, malformedArchivesFailOrReadAsAbsent)
 
     // An array that holds itself, and a chain of arrays that each hold the next one twice, unfolding into 2^60
     // values: both are refused, the second without unfolding it.
-    EXPECT_FALSE(ZRKeyedUnarchiver::unarchiveObjectWithData(
-        archive("<dict><key>NS.objects</key><array>" + uid(1) + "</array><key>$class</key>" + uid(2) + "</dict>"
-            + array)));
+    EXPECT_FALSE(ZRKeyedUnarchiver::unarchiveObjectWithData(archive(
+        "<dict><key>NS.objects</key><array>" + uid(1) + "</array><key>$class</key>" + uid(2) + "</dict>" + array)));
     std::string chain;
     for (int level = 1; level <= 60; ++level)
         chain += "<dict><key>NS.objects</key><array>" + uid(level + 1) + uid(level + 1) + "</array><key>$class</key>"

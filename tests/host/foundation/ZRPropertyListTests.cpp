@@ -5,8 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
-#include <cstdlib>
 #include <cmath>
+#include <cstdlib>
 #include <filesystem>
 #include <limits>
 
@@ -90,9 +90,9 @@ TEST(ZRPropertyList, numbersAreEqualByValueAndOtherKindsByContent)
 TEST(ZRPropertyList, everyKindRoundTripsThroughXMLAndBinary)
 {
     const ZRDictionary values { { "negative", -5 }, { "minimum", std::numeric_limits<long long>::min() },
-        { "maximum", std::numeric_limits<unsigned long long>::max() }, { "top bit", 1ull << 63 },
-        { "real", -0.1 }, { "flag", true }, { "text", "Take 3 \xE2\x80\x93 caf\xC3\xA9 \xF0\x9D\x84\x9E <&>" },
-        { "empty", "" }, { "bytes", ZRData { 0, 1, 2, 255 } }, { "date", referenceDate + seconds(259200000) },
+        { "maximum", std::numeric_limits<unsigned long long>::max() }, { "top bit", 1ull << 63 }, { "real", -0.1 },
+        { "flag", true }, { "text", "Take 3 \xE2\x80\x93 caf\xC3\xA9 \xF0\x9D\x84\x9E <&>" }, { "empty", "" },
+        { "bytes", ZRData { 0, 1, 2, 255 } }, { "date", referenceDate + seconds(259200000) },
         { "list", ZRArray { 1, "two", ZRArray {}, ZRDictionary {} } },
         { "nested", ZRDictionary { { "a", ZRArray { ZRDictionary { { "b", 2.5 } } } } } } };
     for (const auto format : { ZRPropertyList::Format::XML, ZRPropertyList::Format::Binary }) {
@@ -115,7 +115,8 @@ TEST(ZRPropertyList, everyKindRoundTripsThroughXMLAndBinary)
     const auto binary = ZRPropertyList(dates).dataWithFormat(ZRPropertyList::Format::Binary);
     EXPECT_EQ(ZRPropertyList::propertyListWithData(*binary), ZRPropertyList(dates));
     // libplist keeps 32-bit seconds: later dates are clamped to its last one, not wrapped.
-    const auto late = ZRPropertyList(ZRArray { referenceDate + hours(24 * 365 * 100) }).dataWithFormat(ZRPropertyList::Format::Binary);
+    const auto late = ZRPropertyList(ZRArray { referenceDate + hours(24 * 365 * 100) })
+                          .dataWithFormat(ZRPropertyList::Format::Binary);
     EXPECT_EQ(*ZRPropertyList::propertyListWithData(*late)->array()->at(0).date(), referenceDate + seconds(0x7FFFFFFF));
 
     const std::string path = ZRTestScratchFolder("ZRPropertyList.roundTrip") + "/values.plist";
@@ -150,8 +151,8 @@ TEST(ZRPropertyList, readsFilesWrittenByOtherTools)
 
     // A binary list laid out by hand from the format: [date 1.5 s after the reference date, -2, "n"].
     const ZRData binary { 'b', 'p', 'l', 'i', 's', 't', '0', '0', 0xA3, 1, 2, 3, 0x33, 0x3F, 0xF8, 0, 0, 0, 0, 0, 0,
-        0x13, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFE, 0x51, 'n', 0x08, 0x0C, 0x15, 0x1E, 0, 0, 0, 0, 0, 0, 1,
-        1, 0, 0, 0, 0, 0, 0, 0, 4, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x20 };
+        0x13, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFE, 0x51, 'n', 0x08, 0x0C, 0x15, 0x1E, 0, 0, 0, 0, 0, 0, 1, 1,
+        0, 0, 0, 0, 0, 0, 0, 4, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x20 };
     EXPECT_EQ(ZRPropertyList::propertyListWithData(binary),
         ZRPropertyList(ZRArray { referenceDate + milliseconds(1500), -2, "n" }));
 
@@ -173,8 +174,8 @@ TEST(ZRPropertyList, malformedInputAndUnwritableValuesFailWithAReason)
         EXPECT_FALSE(failure.empty());
     }
     // A binary dictionary {"a\0": YES} with a UTF-16 key, which libplist cannot hand out.
-    const ZRData zeroKey { 'b', 'p', 'l', 'i', 's', 't', '0', '0', 0xD1, 1, 2, 0x62, 0, 'a', 0, 0, 0x09, 0x08, 0x0B, 0x10,
-        0, 0, 0, 0, 0, 0, 1, 1, 0, 0, 0, 0, 0, 0, 0, 3, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x11 };
+    const ZRData zeroKey { 'b', 'p', 'l', 'i', 's', 't', '0', '0', 0xD1, 1, 2, 0x62, 0, 'a', 0, 0, 0x09, 0x08, 0x0B,
+        0x10, 0, 0, 0, 0, 0, 0, 1, 1, 0, 0, 0, 0, 0, 0, 0, 3, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x11 };
     std::string failure;
     EXPECT_FALSE(ZRPropertyList::propertyListWithData(zeroKey, &failure));
     EXPECT_NE(failure.find("zero character"), std::string::npos) << failure;
@@ -190,15 +191,21 @@ TEST(ZRPropertyList, malformedInputAndUnwritableValuesFailWithAReason)
     EXPECT_FALSE(ZRPropertyList(ZRArray { 1, ZRPropertyList() }).dataWithFormat(ZRPropertyList::Format::Binary));
     EXPECT_FALSE(ZRPropertyList(std::string("a\0b", 3)).dataWithFormat(ZRPropertyList::Format::Binary, &failure));
     EXPECT_NE(failure.find("zero character"), std::string::npos) << failure;
-    EXPECT_FALSE(ZRPropertyList(ZRDictionary { { "\xC3" "ake", 1 } }).dataWithFormat(ZRPropertyList::Format::XML, &failure));
+    EXPECT_FALSE(ZRPropertyList(
+        ZRDictionary { { "\xC3"
+                         "ake",
+            1 } }).dataWithFormat(ZRPropertyList::Format::XML, &failure));
     EXPECT_NE(failure.find("UTF-8"), std::string::npos) << failure;
     // Bytes that are not UTF-8 in a file read as U+FFFD, so that what was read can be written again.
-    EXPECT_EQ(ZRPropertyList::propertyListWithData(bytesOf("<plist><string>\xC3" "ake</string></plist>")),
-        ZRPropertyList("\xEF\xBF\xBD" "ake"));
+    EXPECT_EQ(ZRPropertyList::propertyListWithData(bytesOf("<plist><string>\xC3"
+                                                           "ake</string></plist>")),
+        ZRPropertyList("\xEF\xBF\xBD"
+                       "ake"));
 
     const std::string folder = ZRTestScratchFolder("ZRPropertyList.malformed");
     EXPECT_FALSE(ZRPropertyList::propertyListWithContentsOfFile(folder + "/missing.plist", &failure));
     EXPECT_NE(failure.find(folder + "/missing.plist"), std::string::npos) << failure;
-    EXPECT_FALSE(ZRPropertyList(1).writeToFile(folder + "/no/such/folder.plist", ZRPropertyList::Format::XML, &failure));
+    EXPECT_FALSE(
+        ZRPropertyList(1).writeToFile(folder + "/no/such/folder.plist", ZRPropertyList::Format::XML, &failure));
     EXPECT_FALSE(failure.empty());
 }

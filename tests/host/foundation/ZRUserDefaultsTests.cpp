@@ -77,8 +77,8 @@ TEST(ZRUserDefaults, anUnreadableFileIsReportedOnceAndReadAsEmpty)
         EXPECT_NE(output.find(path), std::string::npos) << output;
 
         defaults.setObject("threshold", 2);
-        EXPECT_EQ(ZRPropertyList::propertyListWithContentsOfFile(path),
-            ZRPropertyList(ZRDictionary { { "threshold", 2 } }));
+        EXPECT_EQ(
+            ZRPropertyList::propertyListWithContentsOfFile(path), ZRPropertyList(ZRDictionary { { "threshold", 2 } }));
     }
 }
 
