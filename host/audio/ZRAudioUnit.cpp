@@ -1,0 +1,3 @@
+#include "host/audio/ZRAudioUnit.h"
+
+ZRAudioUnit::~ZRAudioUnit() = default;

@@ -1,0 +1,177 @@
+#include "audio/ZRAudioStreamDescription.h"
+#include "core/ZRAudioStreamDescriptionError.h"
+#include "host/audio/ZRAudioFormatService.h"
+#include "support/ZRRecordingAlertPresenter.h"
+#include "support/ZRTestAudioUnit.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+TEST(ZRAudioStreamDescription, defaultsToMonoFloatAt44100)
+{
+    const ZRAudioStreamDescription description;
+    EXPECT_EQ(description.formatName(), "Linear PCM");
+    EXPECT_EQ(description.rate(), 44100.0);
+    EXPECT_EQ(description.channels(), 1u);
+    EXPECT_EQ(description.range(), 32u);
+    EXPECT_EQ(description.bytesPerPacket(), 4u);
+    EXPECT_EQ(description.framesPerPacket(), 1u);
+    EXPECT_EQ(description.flags(), 41u);
+    EXPECT_EQ(description.description()->mBytesPerFrame, 4u);
+    EXPECT_EQ(description.description()->mReserved, 0u);
+
+    const ZRAudioStreamDescription stereo = ZRAudioStreamDescription::descriptionWithRate(96000, 2);
+    EXPECT_EQ(stereo.rate(), 96000.0);
+    EXPECT_EQ(stereo.channels(), 2u);
+    EXPECT_EQ(stereo.bytesPerPacket(), 4u);
+
+    ZRAudioStreamDescription copy = stereo;
+    copy.setFormat(kAudioFormatMPEG4AAC);
+    EXPECT_EQ(copy.formatName(), "AAC");
+    EXPECT_EQ(stereo.format(), kAudioFormatLinearPCM);
+    copy.setFormat(ZRFourCharCode("ulaw"));
+    EXPECT_EQ(copy.formatName(), "\xC2\xB5Law");
+    copy.setFormat(ZRFourCharCode("aacp"));
+    EXPECT_EQ(copy.formatName(), "MPEG-4 High Efficiency AAC Version 2");
+    copy.setFormat(ZRFourCharCode("lpcM"));
+    EXPECT_EQ(copy.formatName(), "unknown");
+}
+
+TEST(ZRAudioStreamDescription, setRangeRecomputesTheByteSizes)
+{
+    ZRAudioStreamDescription description;
+    description.setChannels(2);
+    EXPECT_EQ(description.bytesPerPacket(), 4u);
+    description.setRange(16);
+    EXPECT_EQ(description.range(), 16u);
+    EXPECT_EQ(description.bytesPerPacket(), 2u);
+    EXPECT_EQ(description.description()->mBytesPerFrame, 2u);
+
+    description.setFlags(kAudioFormatFlagIsFloat | kAudioFormatFlagIsPacked);
+    description.setRange(16);
+    EXPECT_EQ(description.bytesPerPacket(), 4u);
+    EXPECT_EQ(description.description()->mBytesPerFrame, 4u);
+    description.setRange(12);
+    EXPECT_EQ(description.bytesPerPacket(), 2u);
+    EXPECT_EQ(description.framesPerPacket(), 1u);
+}
+
+TEST(ZRAudioStreamDescription, equalityIgnoresOnlyTheReservedMember)
+{
+    AudioStreamBasicDescription basic = *ZRAudioStreamDescription().description();
+    basic.mReserved = 9;
+    const ZRAudioStreamDescription reserved(basic);
+    const ZRAudioStreamDescription plain;
+    EXPECT_TRUE(plain.isEqualToDescription(reserved));
+    EXPECT_TRUE(plain == reserved);
+    EXPECT_TRUE(plain.isEqual(&plain));
+    EXPECT_FALSE(plain.isEqual(nullptr));
+
+    ZRAudioStreamDescription other;
+    other.setRate(44100.000001);
+    EXPECT_FALSE(plain == other);
+    for (uint32_t AudioStreamBasicDescription::*member : { &AudioStreamBasicDescription::mFormatID,
+             &AudioStreamBasicDescription::mFormatFlags, &AudioStreamBasicDescription::mBytesPerPacket,
+             &AudioStreamBasicDescription::mFramesPerPacket, &AudioStreamBasicDescription::mBytesPerFrame,
+             &AudioStreamBasicDescription::mChannelsPerFrame, &AudioStreamBasicDescription::mBitsPerChannel }) {
+        AudioStreamBasicDescription changed = *plain.description();
+        changed.*member += 1;
+        const ZRAudioStreamDescription different = ZRAudioStreamDescription::descriptionWithBasicDescription(changed);
+        EXPECT_FALSE(plain.isEqual(&different));
+    }
+
+    other.clear();
+    const AudioStreamBasicDescription zero {};
+    EXPECT_EQ(std::memcmp(other.description(), &zero, sizeof zero), 0);
+}
+
+TEST(ZRAudioStreamDescription, printsRateAndChannelsToTheConsole)
+{
+    testing::internal::CaptureStderr();
+    ZRAudioStreamDescription().printDescriptionToLog();
+    const std::string line = testing::internal::GetCapturedStderr();
+    EXPECT_TRUE(line.ends_with("] rate: 44100 / channels: 1\n")) << line;
+}
+
+TEST(ZRAudioStreamDescription, asksTheFormatService)
+{
+    ZRAudioStreamDescription description(22050, 2);
+    description.setFlags(kAudioFormatFlagIsSignedInteger);
+    description.setRange(16);
+    EXPECT_EQ(description.name(), "Linear PCM, 16-bit little-endian signed integer, stereo, 22050 Hz");
+    EXPECT_FALSE(description.isVBR());
+    EXPECT_FALSE(description.isExternallyFramed());
+    EXPECT_TRUE(description.complete());
+    EXPECT_EQ(description.flags(), kAudioFormatFlagIsSignedInteger | kAudioFormatFlagIsPacked);
+
+    description.setFormat(kAudioFormatMPEG4AAC);
+    ZRErrorPtr error;
+    EXPECT_TRUE(description.isVBR(&error));
+    EXPECT_TRUE(description.isExternallyFramed(&error));
+    EXPECT_TRUE(description.complete(&error));
+    EXPECT_EQ(description.framesPerPacket(), 1024u);
+    EXPECT_EQ(error, nullptr);
+}
+
+TEST(ZRAudioStreamDescription, unsupportedFormatsFailWithAnErrorOrAnAlert)
+{
+    ZRAudioStreamDescription description;
+    description.setFormat(ZRFourCharCode("QDMC"));
+    const ZRAudioStreamDescription before = description;
+
+    ZRErrorPtr error;
+    EXPECT_EQ(description.name(&error), std::nullopt);
+    ASSERT_NE(error, nullptr);
+    EXPECT_EQ(error->domain(), "ZRAudioStreamDescriptionErrorDomain");
+    EXPECT_EQ(error->code(), static_cast<int32_t>(ZRFourCharCode("!dat")));
+    EXPECT_EQ(error->localizedDescription(),
+        "Retrieving the audio description name failed because the format is not supported.");
+    EXPECT_FALSE(description.isVBR(&error));
+    EXPECT_EQ(error->localizedDescription(), "Retrieving the VBR details failed because the format is not supported.");
+    EXPECT_FALSE(description.complete(&error));
+    EXPECT_EQ(
+        error->localizedDescription(), "Completing the audio description failed because the format is not supported.");
+    EXPECT_TRUE(description == before);
+
+    ZRRecordingAlertPresenter presenter;
+    EXPECT_FALSE(description.isExternallyFramed());
+    EXPECT_FALSE(description.isVBR());
+    EXPECT_EQ(description.name(), std::nullopt);
+    EXPECT_FALSE(description.complete());
+    ASSERT_EQ(presenter.alerts().size(), 4u);
+    EXPECT_EQ(presenter.alerts()[0].messageText, "An audio stream description error occurred");
+    EXPECT_EQ(presenter.alerts()[0].informativeText,
+        "Retrieving the external frame details failed because the format is not supported.");
+}
+
+TEST(ZRAudioStreamDescription, readsTheStreamFormatOfAnAudioUnit)
+{
+    ZRTestAudioUnit unit;
+    const ZRAudioStreamDescription input(48000, 2);
+    ZRAudioStreamDescription output(96000, 1);
+    output.description()->mReserved = 5;
+    unit.setStreamFormat(kAudioUnitScope_Input, 0, *input.description());
+    unit.setStreamFormat(kAudioUnitScope_Output, 3, *output.description());
+
+    EXPECT_EQ(ZRAudioStreamDescription::descriptionWithAudioUnit(unit, kAudioUnitScope_Input), input);
+    ZRErrorPtr error;
+    const auto read = ZRAudioStreamDescription::descriptionWithAudioUnit(unit, kAudioUnitScope_Output, 3, &error);
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->description()->mReserved, 5u);
+    EXPECT_EQ(error, nullptr);
+
+    EXPECT_EQ(
+        ZRAudioStreamDescription::descriptionWithAudioUnit(unit, kAudioUnitScope_Output, 0, &error), std::nullopt);
+    ASSERT_NE(error, nullptr);
+    EXPECT_EQ(error->code(), -10877);
+    EXPECT_EQ(error->localizedDescription(),
+        "Getting an audio stream description failed because an undefined error occurred: -10877");
+
+    // Only the low 16 bits of the unit's status count, sign-extended.
+    unit.setMissingFormatStatus(0x00030000);
+    EXPECT_TRUE(ZRAudioStreamDescription::descriptionWithAudioUnit(unit, kAudioUnitScope_Global, 0, &error));
+    unit.setMissingFormatStatus(0x0001FFFE);
+    EXPECT_FALSE(ZRAudioStreamDescription::descriptionWithAudioUnit(unit, kAudioUnitScope_Global, 0, &error));
+    EXPECT_EQ(error->code(), -2);
+}
