@@ -2,6 +2,7 @@
 
 #include "core/ZRError.h"
 #include "core/ZRStringExtension.h"
+#include "core/ZRUUID.h"
 #include "host/foundation/ZRData.h"
 #include "host/foundation/ZRExport.h"
 #include "host/foundation/ZRPropertyList.h"
@@ -78,6 +79,8 @@ public:
     int32_t readIntValueAtPosition(int64_t position);
     int16_t readShortValueAtPosition(int64_t position);
     int8_t readCharValueAtPosition(int64_t position);
+    // 16 bytes as an identifier; bytes the file does not have read as zeros.
+    ZRUUID readUUIDValue();
 
     // Writes at the current position. A read-only handle answers false and makes no error.
     bool writeBuffer(const void* bytes, uint32_t length, ZRErrorPtr* error = nullptr);
@@ -182,6 +185,9 @@ public:
     static uint64_t availableBytesOnVolumeAtPath(const std::string& path);
 
 private:
+    // Audio buffers read files straight into their blocks.
+    friend class ZRAudioBuffer;
+
     explicit ZRFile(std::string path);
     bool _open(ZRErrorPtr* error);
     void _close() noexcept;
