@@ -1,11 +1,13 @@
 #include "core/ZRStringExtension.h"
 
 #include "core/ZRBase64Private.h"
+#include "file/ZRFile.h"
+#include "host/foundation/ZRConsoleLog.h"
+#include "host/foundation/ZRPropertyList.h"
+#include "host/foundation/ZRUnicode.h"
 
 #include <algorithm>
 #include <array>
-#include <cstring>
-#include <iconv.h>
 
 namespace {
 
@@ -59,6 +61,198 @@ bool paddingIsValid(const uint8_t* next, const uint8_t* end, int state)
     }
     skipSpace();
     return next == end || ZRBase64Values[*next] == End;
+}
+
+// The bytes of the character that starts at the index: 1 for a byte that starts no well-formed character.
+size_t characterLength(std::string_view text, size_t index)
+{
+    const auto lead = static_cast<uint8_t>(text[index]);
+    const size_t length = lead < 0xC0 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+    return length > 1 && ZRUnicode::isValidUTF8(text.substr(index, length)) ? length : 1;
+}
+
+// Calls `visit` with every character of UTF-8 text; a byte that starts no well-formed character is U+FFFD.
+template <typename Visit> void forEachCharacter(std::string_view text, Visit&& visit)
+{
+    for (size_t index = 0; index < text.size();) {
+        const size_t length = characterLength(text, index);
+        const auto lead = static_cast<uint8_t>(text[index]);
+        char32_t character = length == 1 ? (lead < 0x80 ? lead : U'\uFFFD') : lead & (0x7F >> length);
+        for (size_t next = 1; next < length; ++next)
+            character = character << 6 | (static_cast<uint8_t>(text[index + next]) & 0x3F);
+        visit(character);
+        index += length;
+    }
+}
+
+// The characters of Mac OS Roman from 0x80 on (the bytes below are ASCII), as Apple's mapping table has them:
+// 0xC6 is U+2206 INCREMENT and 0xF0 the Apple logo U+F8FF, where some converters differ.
+constexpr char16_t ZRMacOSRomanUpper[128] = {
+    0x00C4,
+    0x00C5,
+    0x00C7,
+    0x00C9,
+    0x00D1,
+    0x00D6,
+    0x00DC,
+    0x00E1,
+    0x00E0,
+    0x00E2,
+    0x00E4,
+    0x00E3,
+    0x00E5,
+    0x00E7,
+    0x00E9,
+    0x00E8,
+    0x00EA,
+    0x00EB,
+    0x00ED,
+    0x00EC,
+    0x00EE,
+    0x00EF,
+    0x00F1,
+    0x00F3,
+    0x00F2,
+    0x00F4,
+    0x00F6,
+    0x00F5,
+    0x00FA,
+    0x00F9,
+    0x00FB,
+    0x00FC,
+    0x2020,
+    0x00B0,
+    0x00A2,
+    0x00A3,
+    0x00A7,
+    0x2022,
+    0x00B6,
+    0x00DF,
+    0x00AE,
+    0x00A9,
+    0x2122,
+    0x00B4,
+    0x00A8,
+    0x2260,
+    0x00C6,
+    0x00D8,
+    0x221E,
+    0x00B1,
+    0x2264,
+    0x2265,
+    0x00A5,
+    0x00B5,
+    0x2202,
+    0x2211,
+    0x220F,
+    0x03C0,
+    0x222B,
+    0x00AA,
+    0x00BA,
+    0x03A9,
+    0x00E6,
+    0x00F8,
+    0x00BF,
+    0x00A1,
+    0x00AC,
+    0x221A,
+    0x0192,
+    0x2248,
+    0x2206,
+    0x00AB,
+    0x00BB,
+    0x2026,
+    0x00A0,
+    0x00C0,
+    0x00C3,
+    0x00D5,
+    0x0152,
+    0x0153,
+    0x2013,
+    0x2014,
+    0x201C,
+    0x201D,
+    0x2018,
+    0x2019,
+    0x00F7,
+    0x25CA,
+    0x00FF,
+    0x0178,
+    0x2044,
+    0x20AC,
+    0x2039,
+    0x203A,
+    0xFB01,
+    0xFB02,
+    0x2021,
+    0x00B7,
+    0x201A,
+    0x201E,
+    0x2030,
+    0x00C2,
+    0x00CA,
+    0x00C1,
+    0x00CB,
+    0x00C8,
+    0x00CD,
+    0x00CE,
+    0x00CF,
+    0x00CC,
+    0x00D3,
+    0x00D4,
+    0xF8FF,
+    0x00D2,
+    0x00DA,
+    0x00DB,
+    0x00D9,
+    0x0131,
+    0x02C6,
+    0x02DC,
+    0x00AF,
+    0x02D8,
+    0x02D9,
+    0x02DA,
+    0x00B8,
+    0x02DD,
+    0x02DB,
+    0x02C7,
+};
+
+void appendCharacter(std::string& text, char32_t character)
+{
+    if (character < 0x80) {
+        text.push_back(static_cast<char>(character));
+    } else if (character < 0x800) {
+        text.push_back(static_cast<char>(0xC0 | character >> 6));
+        text.push_back(static_cast<char>(0x80 | (character & 0x3F)));
+    } else {
+        // Only characters of the Basic Multilingual Plane are ever appended here.
+        text.push_back(static_cast<char>(0xE0 | character >> 12));
+        text.push_back(static_cast<char>(0x80 | (character >> 6 & 0x3F)));
+        text.push_back(static_cast<char>(0x80 | (character & 0x3F)));
+    }
+}
+
+std::string macOSRomanString(std::span<const uint8_t> bytes)
+{
+    std::string text;
+    text.reserve(bytes.size());
+    for (const uint8_t byte : bytes)
+        appendCharacter(text, byte < 0x80 ? byte : ZRMacOSRomanUpper[byte - 0x80]);
+    return text;
+}
+
+uint8_t macOSRomanByte(char32_t character)
+{
+    if (character < 0x80)
+        return static_cast<uint8_t>(character);
+    const auto* found = std::find(std::begin(ZRMacOSRomanUpper), std::end(ZRMacOSRomanUpper), character);
+    return found == std::end(ZRMacOSRomanUpper) ? '?' : static_cast<uint8_t>(0x80 + (found - ZRMacOSRomanUpper));
+}
+
+std::string_view asText(std::span<const uint8_t> data)
+{
+    return { reinterpret_cast<const char*>(data.data()), data.size() };
 }
 
 }
@@ -193,30 +387,168 @@ ZRData lossyDataUsingEncoding(std::string_view text, ZRStringEncoding encoding)
 {
     if (encoding == ZRStringEncoding::UTF8)
         return ZRData(text.begin(), text.end());
-    const char* target = encoding == ZRStringEncoding::MacOSRoman ? "MACINTOSH" : "ASCII";
-    const iconv_t converter = iconv_open(target, "UTF-8");
     ZRData data;
-    if (converter == reinterpret_cast<iconv_t>(-1))
-        return data;
-    data.resize(text.size());
-    char* input = const_cast<char*>(text.data());
-    size_t inputLeft = text.size();
-    char* output = reinterpret_cast<char*>(data.data());
-    size_t outputLeft = data.size();
-    // Every character takes at most as many bytes in these one-byte encodings as in UTF-8, so the output never
-    // runs out; a character the encoding lacks (or a stray byte) becomes "?" and the conversion goes on after it.
-    while (inputLeft > 0 && iconv(converter, &input, &inputLeft, &output, &outputLeft) == static_cast<size_t>(-1)) {
-        size_t skipped = 1;
-        while (skipped < inputLeft && (static_cast<uint8_t>(input[skipped]) & 0xC0) == 0x80)
-            ++skipped;
-        input += skipped;
-        inputLeft -= skipped;
-        *output++ = '?';
-        --outputLeft;
-    }
-    iconv_close(converter);
-    data.resize(data.size() - outputLeft);
+    data.reserve(text.size());
+    forEachCharacter(text, [&](char32_t character) {
+        if (encoding == ZRStringEncoding::MacOSRoman)
+            data.push_back(macOSRomanByte(character));
+        else
+            data.push_back(character < 0x80 ? static_cast<uint8_t>(character) : '?');
+    });
     return data;
+}
+
+std::string stringByIncrementingString(std::string_view text)
+{
+    if (const size_t blank = text.rfind(' '); blank != std::string_view::npos) {
+        // The number is read from the blank on, so " 0" never equals "0": a trailing 0 counts as no number.
+        const long long number = ZRPropertyList(text.substr(blank)).longLongValue();
+        if (number >= 1)
+            return ZRStringWithFormat("%@ %qu", text.substr(0, blank), static_cast<unsigned long long>(number) + 1);
+    }
+    return ZRStringWithFormat("%@ %d", text, 2);
+}
+
+ZRIndexRange range(std::string_view text) { return { 0, static_cast<uint32_t>(ZRUnicode::utf16Length(text)) }; }
+
+std::string stringAsLossyASCIIString(std::string_view text)
+{
+    const ZRData bytes = lossyDataUsingEncoding(text, ZRStringEncoding::ASCII);
+    return std::string(bytes.begin(), bytes.end());
+}
+
+ZRData lossyASCIICString(std::string_view text)
+{
+    ZRData bytes = lossyDataUsingEncoding(text, ZRStringEncoding::ASCII);
+    bytes.push_back(0);
+    return bytes;
+}
+
+std::optional<ZRData> lossyASCIIPascalString(std::string_view text)
+{
+    const ZRData bytes = lossyDataUsingEncoding(text, ZRStringEncoding::ASCII);
+    if (bytes.size() > 255)
+        return std::nullopt;
+    ZRData pascal { static_cast<uint8_t>(bytes.size()) };
+    pascal.insert(pascal.end(), bytes.begin(), bytes.end());
+    return pascal;
+}
+
+std::string stringWithOSType(uint32_t code)
+{
+    const uint8_t bytes[4] = { static_cast<uint8_t>(code >> 24), static_cast<uint8_t>(code >> 16),
+        static_cast<uint8_t>(code >> 8), static_cast<uint8_t>(code) };
+    return macOSRomanString(bytes);
+}
+
+std::string asciiStringWithData(std::span<const uint8_t> data)
+{
+    std::string text;
+    text.reserve(data.size());
+    for (const uint8_t byte : data)
+        appendCharacter(text, byte < 0x80 ? byte : U'\uFFFD');
+    return text;
+}
+
+std::optional<std::string> stringWithData(std::span<const uint8_t> data, ZRStringEncoding encoding)
+{
+    switch (encoding) {
+    case ZRStringEncoding::ASCII:
+        if (std::ranges::any_of(data, [](uint8_t byte) { return byte >= 0x80; }))
+            return std::nullopt;
+        return std::string(asText(data));
+    case ZRStringEncoding::UTF8:
+        if (!ZRUnicode::isValidUTF8(asText(data)))
+            return std::nullopt;
+        return std::string(asText(data));
+    case ZRStringEncoding::MacOSRoman:
+        return macOSRomanString(data);
+    }
+    return std::nullopt;
+}
+
+void logCharacters(std::string_view text)
+{
+    unsigned position = 0;
+    forEachCharacter(text, [&](char32_t character) {
+        const auto logUnit = [&](unsigned unit) { ZRConsoleLog("%u: 0x%04X", position++, unit); };
+        if (character < 0x10000) {
+            logUnit(character);
+        } else {
+            logUnit(0xD800 + ((character - 0x10000) >> 10));
+            logUnit(0xDC00 + ((character - 0x10000) & 0x3FF));
+        }
+    });
+}
+
+void appendPathComponent(std::string& path, std::string_view component)
+{
+    if (!path.empty() && path.back() != '/')
+        path.push_back('/');
+    path.append(component);
+}
+
+void prependPath(std::string& path, std::string_view prefix)
+{
+    const bool separated = (!prefix.empty() && prefix.back() == '/') || (!path.empty() && path.front() == '/');
+    path.insert(0, separated ? std::string(prefix) : std::string(prefix) + '/');
+}
+
+void deleteLastPathComponent(std::string& path)
+{
+    if (const size_t slash = path.rfind('/'); slash != std::string::npos)
+        path.erase(slash);
+}
+
+void replaceLastPathComponent(std::string& path, std::string_view name)
+{
+    deleteLastPathComponent(path);
+    appendPathComponent(path, name);
+}
+
+void deletePathExtension(std::string& path)
+{
+    const size_t slash = path.rfind('/');
+    const size_t start = slash == std::string::npos ? 0 : slash + 1;
+    if (const size_t dot = path.find('.', start); dot != std::string::npos)
+        path.erase(dot);
+}
+
+void appendPathExtension(std::string& path, std::string_view extension)
+{
+    if (!path.empty() && path.back() == '/')
+        path.pop_back();
+    path.push_back('.');
+    path.append(extension);
+}
+
+void setPathExtension(std::string& path, std::string_view extension)
+{
+    if (pathExtension(path) == extension)
+        return;
+    deletePathExtension(path);
+    appendPathExtension(path, extension);
+}
+
+void setPath(std::string& path, std::string_view newPath) { path = ZRFile::conformPath(std::string(newPath)); }
+
+void truncateToLength(std::string& text, size_t length, bool withEllipsis)
+{
+    size_t units = 0;
+    size_t index = 0;
+    while (index < text.size()) {
+        const size_t characterBytes = characterLength(text, index);
+        const size_t characterUnits = characterBytes == 4 ? 2 : 1;
+        if (units + characterUnits > length)
+            break;
+        units += characterUnits;
+        index += characterBytes;
+    }
+    if (index == text.size())
+        return;
+    text.resize(index);
+    if (withEllipsis)
+        text.append("...");
 }
 
 }
