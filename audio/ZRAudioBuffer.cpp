@@ -416,13 +416,33 @@ bool ZRAudioBuffer::delayBufferAtIndex(uint32_t index, const ZRAudioBuffer& othe
         return false;
     const uint32_t lengthA = entry(_list, index).mDataByteSize;
     const uint32_t lengthB = entry(other._list, otherIndex).mDataByteSize;
-    // Done in place by exchanging the m bytes that trade sides and rotating the longer buffer into order.
+    // The m bytes that trade sides wait on the stack when they fit, as they do for render-sized blocks; longer
+    // exchanges are done in place by swapping them and rotating the longer buffer into order.
+    constexpr uint32_t stackBytes = 4096;
     if (lengthB <= lengthA) {
-        std::swap_ranges(b, b + lengthB, a + (lengthA - lengthB));
-        std::rotate(a, a + (lengthA - lengthB), a + lengthA);
+        const uint32_t m = lengthB;
+        if (m <= stackBytes) {
+            uint8_t saved[stackBytes];
+            std::memcpy(saved, a + (lengthA - m), m);
+            std::memmove(a + m, a, lengthA - m);
+            std::memmove(a, b, m);
+            std::memcpy(b, saved, m);
+        } else {
+            std::swap_ranges(b, b + m, a + (lengthA - m));
+            std::rotate(a, a + (lengthA - m), a + lengthA);
+        }
     } else {
-        std::swap_ranges(a, a + lengthA, b);
-        std::rotate(b, b + lengthA, b + lengthB);
+        const uint32_t m = lengthA;
+        if (m <= stackBytes) {
+            uint8_t saved[stackBytes];
+            std::memcpy(saved, a, m);
+            std::memmove(a, b, m);
+            std::memmove(b, b + m, lengthB - m);
+            std::memcpy(b + (lengthB - m), saved, m);
+        } else {
+            std::swap_ranges(a, a + m, b);
+            std::rotate(b, b + m, b + lengthB);
+        }
     }
     return true;
 }

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <numeric>
 
@@ -217,6 +218,21 @@ TEST(ZRAudioBuffer, appendsAndDelays)
     EXPECT_EQ(bytes(*line, 0), run(50, 8));
     EXPECT_EQ(bytes(*other, 0), run(0, 8));
     EXPECT_FALSE(line->delayBufferAtIndex(1, *other, 0));
+
+    // Exchanges too long to wait on the stack take another way to the same result.
+    for (auto [lengthA, lengthB] : { std::pair(10000u, 6000u), std::pair(6000u, 10000u) }) {
+        auto longLine = counting(1, lengthA, 1);
+        auto longBlock = counting(1, lengthB, 7);
+        std::vector<uint8_t> a = bytes(*longLine, 0), b = bytes(*longBlock, 0), expectedA, expectedB;
+        const uint32_t m = std::min(lengthA, lengthB);
+        expectedA.assign(b.begin(), b.begin() + m);
+        expectedA.insert(expectedA.end(), a.begin(), a.end() - m);
+        expectedB.assign(b.begin() + m, b.end());
+        expectedB.insert(expectedB.end(), a.end() - m, a.end());
+        ASSERT_TRUE(longLine->delayBufferAtIndex(0, *longBlock, 0));
+        EXPECT_EQ(bytes(*longLine, 0), expectedA);
+        EXPECT_EQ(bytes(*longBlock, 0), expectedB);
+    }
     EXPECT_FALSE(ZRAudioBuffer().delayBufferAtIndex(0, *other, 0));
 }
 
