@@ -386,6 +386,8 @@ int32_t ZRFile::readIntValueAtPosition(int64_t position) { return _readValueAtPo
 int16_t ZRFile::readShortValueAtPosition(int64_t position) { return _readValueAtPosition<int16_t>(position); }
 int8_t ZRFile::readCharValueAtPosition(int64_t position) { return _readValueAtPosition<int8_t>(position); }
 
+ZRUUID ZRFile::readUUIDValue() { return ZRUUID::uuidWithData(readDataOfLength(ZRUUID::length()).value_or(ZRData())); }
+
 bool ZRFile::writeBuffer(const void* bytes, uint32_t length, ZRErrorPtr* error)
 {
     if (!_isWritable || !_file)
@@ -638,8 +640,7 @@ std::optional<std::vector<std::string>> ZRFile::contentsOfDirectoryAtPath(const 
     const std::string conformed = conformPath(path);
     std::vector<std::string> names;
     std::error_code code;
-    for (std::filesystem::directory_iterator entry(conformed, code), end; !code && entry != end;
-         entry.increment(code))
+    for (std::filesystem::directory_iterator entry(conformed, code), end; !code && entry != end; entry.increment(code))
         names.push_back(entry->path().filename().string());
     if (code) {
         failThroughHandler(error, "Listing '%@'", ZRExtension::lastPathComponent(conformed), code.value(), conformed);
@@ -688,7 +689,8 @@ std::optional<ZRDate> ZRFile::creationDateOfFileAtPath(const std::string& path)
 std::optional<std::string> ZRFile::tempDirectoryForPath(const std::string& path)
 {
     const std::string conformed = conformPath(path);
-    for (const std::optional<std::string>& candidate : { volumeTempFolder(conformed), mountPointTempFolder(conformed) }) {
+    for (const std::optional<std::string>& candidate :
+        { volumeTempFolder(conformed), mountPointTempFolder(conformed) }) {
         // A folder someone else made there may exist without being ours to write in.
         if (candidate && createDirectoryAtPath(*candidate) && access(candidate->c_str(), W_OK | X_OK) == 0)
             return candidate;
