@@ -20,10 +20,7 @@ bool fail(ZRErrorPtr* error, int32_t code, const char* action)
 AudioBuffer& entry(AudioBufferList* list, uint32_t index) noexcept { return *(list->mBuffers + index); }
 
 // Whether `length` bytes at `location` lie within `size` bytes, without the 32-bit wrap of the checks.
-bool fits(uint32_t location, uint32_t length, uint32_t size) noexcept
-{
-    return uint64_t(location) + length <= size;
-}
+bool fits(uint32_t location, uint32_t length, uint32_t size) noexcept { return uint64_t(location) + length <= size; }
 
 }
 
@@ -121,10 +118,7 @@ uint32_t ZRAudioBuffer::count() const noexcept { return _list ? _list->mNumberBu
 
 uint32_t ZRAudioBuffer::length() const noexcept { return count() > 0 ? entry(_list, 0).mDataByteSize : 0; }
 
-uint32_t ZRAudioBuffer::channelsPerBuffer() const noexcept
-{
-    return count() > 0 ? entry(_list, 0).mNumberChannels : 0;
-}
+uint32_t ZRAudioBuffer::channelsPerBuffer() const noexcept { return count() > 0 ? entry(_list, 0).mNumberChannels : 0; }
 
 void* ZRAudioBuffer::bufferAtIndex(uint32_t index) const noexcept
 {
@@ -344,8 +338,8 @@ void ZRAudioBuffer::removeBufferAtIndex(uint32_t index)
     setCount(count - 1);
 }
 
-bool ZRAudioBuffer::copyRange(ZRIndexRange range, uint32_t sourceIndex, const ZRAudioBuffer& source,
-    uint32_t position, uint32_t destinationIndex, ZRErrorPtr* error)
+bool ZRAudioBuffer::copyRange(ZRIndexRange range, uint32_t sourceIndex, const ZRAudioBuffer& source, uint32_t position,
+    uint32_t destinationIndex, ZRErrorPtr* error)
 {
     constexpr const char* action = "Copying between buffers";
     if (!_list)

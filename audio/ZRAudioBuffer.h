@@ -39,7 +39,8 @@ public:
     static std::unique_ptr<ZRAudioBuffer> bufferWithNumberOfBuffers(
         uint32_t count, uint32_t length, ZRErrorPtr* error = nullptr);
     // A deep copy of every buffer of the source and of its range.
-    static std::unique_ptr<ZRAudioBuffer> bufferWithAudioBuffer(const ZRAudioBuffer& source, ZRErrorPtr* error = nullptr);
+    static std::unique_ptr<ZRAudioBuffer> bufferWithAudioBuffer(
+        const ZRAudioBuffer& source, ZRErrorPtr* error = nullptr);
     // The listed buffers of the source in ascending order: copied, or (without copy) a list of our own whose
     // entries point into the source's data, one channel each. The source's range comes along.
     static std::unique_ptr<ZRAudioBuffer> bufferWithAudioBuffer(
@@ -107,8 +108,8 @@ public:
     // The same range of every buffer i to buffer i; counts must agree (6). Stops at the first failure.
     bool copyRange(ZRIndexRange range, const ZRAudioBuffer& source, uint32_t position, ZRErrorPtr* error = nullptr);
     // A whole buffer; lengths must agree (7).
-    bool copyBufferAtIndex(uint32_t sourceIndex, const ZRAudioBuffer& source, uint32_t destinationIndex,
-        ZRErrorPtr* error = nullptr);
+    bool copyBufferAtIndex(
+        uint32_t sourceIndex, const ZRAudioBuffer& source, uint32_t destinationIndex, ZRErrorPtr* error = nullptr);
     // Grows this buffer and copies the source's range to its old end. Different counts fail without an error.
     bool appendRange(ZRIndexRange range, const ZRAudioBuffer& source, ZRErrorPtr* error = nullptr);
     // Exchanges a delay line (this object's buffer) with a block (the other's), m = the shorter length: our
