@@ -109,6 +109,15 @@ bool runPrivilegedTool(const char* tool, const std::vector<std::string>& paths, 
     return true;
 }
 
+// Reads the Finder information, changes it and writes it back; where the file system keeps no user attributes,
+// nothing is kept.
+template <typename Change> void changeFinderInfo(const std::string& path, Change&& change)
+{
+    ZRFinderInfo info = ZRFinderInfo::infoAtPath(path);
+    change(info);
+    info.writeToPath(path);
+}
+
 ZRDate dateOf(const timespec& time)
 {
     const auto sinceEpoch = std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
@@ -708,10 +717,7 @@ uint32_t ZRFile::typeCodeAtPath(const std::string& path)
 
 void ZRFile::setTypeCode(uint32_t code, const std::string& path)
 {
-    const std::string conformed = conformPath(path);
-    ZRFinderInfo info = ZRFinderInfo::infoAtPath(conformed);
-    info.setTypeCode(code);
-    info.writeToPath(conformed);
+    changeFinderInfo(conformPath(path), [code](ZRFinderInfo& info) { info.setTypeCode(code); });
 }
 
 uint32_t ZRFile::creatorCodeAtPath(const std::string& path)
@@ -721,18 +727,14 @@ uint32_t ZRFile::creatorCodeAtPath(const std::string& path)
 
 void ZRFile::setCreatorCode(uint32_t code, const std::string& path)
 {
-    const std::string conformed = conformPath(path);
-    ZRFinderInfo info = ZRFinderInfo::infoAtPath(conformed);
-    info.setCreatorCode(code);
-    info.writeToPath(conformed);
+    changeFinderInfo(conformPath(path), [code](ZRFinderInfo& info) { info.setCreatorCode(code); });
 }
 
 void ZRFile::hideExtensionAtPath(const std::string& path)
 {
-    const std::string conformed = conformPath(path);
-    ZRFinderInfo info = ZRFinderInfo::infoAtPath(conformed);
-    info.setExtendedFinderFlags(info.extendedFinderFlags() | ZRFinderInfo::hasHiddenExtension);
-    info.writeToPath(conformed);
+    changeFinderInfo(conformPath(path), [](ZRFinderInfo& info) {
+        info.setExtendedFinderFlags(info.extendedFinderFlags() | ZRFinderInfo::hasHiddenExtension);
+    });
 }
 
 uint32_t ZRFile::labelAtPath(const std::string& path)
@@ -742,11 +744,10 @@ uint32_t ZRFile::labelAtPath(const std::string& path)
 
 void ZRFile::setLabel(uint32_t label, const std::string& path)
 {
-    ZRFinderInfo info = ZRFinderInfo::infoAtPath(path);
-    const auto flags = static_cast<uint16_t>(
-        (info.finderFlags() & ~ZRFinderInfo::colorMask) | ((label << 1) & ZRFinderInfo::colorMask));
-    info.setFinderFlags(flags);
-    info.writeToPath(path);
+    changeFinderInfo(path, [label](ZRFinderInfo& info) {
+        info.setFinderFlags(static_cast<uint16_t>(
+            (info.finderFlags() & ~ZRFinderInfo::colorMask) | ((label << 1) & ZRFinderInfo::colorMask)));
+    });
 }
 
 bool ZRFile::isReadOnlyVolumeAtPath(const std::string& path)
