@@ -138,7 +138,7 @@ bool ZRCircularAudioBuffer::_retrieve(ZRNativeAudioBuffer& destination, uint32_t
         requestEnd = end;
     }
 
-    // The ring frame of `start`, counted back from the cursor, which holds the frame stamped `end`.
+    // The ring frame of `start`, counted back from the cursor, where the frame stamped `end` would go.
     int32_t position = int32_t(_cursorPosition - uint32_t(end - start));
     if (position < 0)
         position += int32_t(capacity);
