@@ -6,197 +6,316 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <type_traits>
 
 namespace {
 
-// The hot loops work on four-float vectors, the width every x86-64 and ARM64 machine has, four at a time so that
-// four independent operations are in flight. Lane-wise arithmetic gives the same float results as a plain loop;
-// only the sums group their terms differently (see sum()).
-using ZRFloat4 = float __attribute__((vector_size(16)));
-using ZRInt4 = int32_t __attribute__((vector_size(16)));
-constexpr size_t ZRLanes = 4;
+// The hot loops work on vectors of eight floats, four of them at a time so that four independent operations are
+// in flight. Each entry point is compiled twice (target_clones): for AVX2, which holds a vector in one register,
+// and for the baseline, which holds it in two; both do the same lane-wise arithmetic and so give the same float
+// results. That arithmetic matches a plain loop exactly, except that sums group their terms by lane (see sum()).
+// Vectors never pass by value between functions, which would make the two builds' calling conventions differ.
+using ZRFloat8 = float __attribute__((vector_size(32)));
+using ZRInt8 = int32_t __attribute__((vector_size(32)));
+constexpr size_t ZRLanes = 8;
 constexpr size_t ZRStep = 4 * ZRLanes;
+
+#define ZR_VECTOR_CLONES [[gnu::target_clones("avx2", "default")]]
 
 // AES17 reads a sine's RMS 3 dB up, so that a full-scale sine reads 0 dB.
 const double ZRAES17Gain = std::pow(10.0, 0.15);
 
-inline ZRFloat4 load(const float* samples) noexcept
+[[gnu::always_inline]] inline void load(ZRFloat8& vector, const float* samples) noexcept
 {
-    ZRFloat4 vector;
     std::memcpy(&vector, samples, sizeof vector);
-    return vector;
 }
 
-inline void store(float* samples, ZRFloat4 vector) noexcept { std::memcpy(samples, &vector, sizeof vector); }
-
-inline float absolute(float value) noexcept { return std::fabs(value); }
-inline ZRFloat4 absolute(ZRFloat4 vector) noexcept { return (ZRFloat4)((ZRInt4)vector & 0x7FFFFFFF); }
-
-inline bool anyLane(ZRInt4 mask) noexcept
+[[gnu::always_inline]] inline void store(float* samples, const ZRFloat8& vector) noexcept
 {
-    uint64_t halves[2];
-    std::memcpy(halves, &mask, sizeof halves);
-    return (halves[0] | halves[1]) != 0;
+    std::memcpy(samples, &vector, sizeof vector);
 }
 
-// x = operation(x) for every sample; the operation takes a float or a ZRFloat4.
-template <typename Operation> void transform(std::span<float> samples, Operation operation) noexcept
+[[gnu::always_inline]] inline bool anyLane(const ZRInt8& mask) noexcept
 {
-    float* x = samples.data();
-    const size_t count = samples.size();
-    size_t i = 0;
-    for (; i + ZRStep <= count; i += ZRStep) {
-        const ZRFloat4 a = load(x + i), b = load(x + i + 4), c = load(x + i + 8), d = load(x + i + 12);
-        store(x + i, operation(a));
-        store(x + i + 4, operation(b));
-        store(x + i + 8, operation(c));
-        store(x + i + 12, operation(d));
-    }
-    for (; i + ZRLanes <= count; i += ZRLanes)
-        store(x + i, operation(load(x + i)));
-    for (; i < count; ++i)
-        x[i] = operation(x[i]);
+    uint64_t quarters[4];
+    std::memcpy(quarters, &mask, sizeof quarters);
+    return (quarters[0] | quarters[1] | quarters[2] | quarters[3]) != 0;
 }
 
-// x = operation(x, y) for every sample of x and the sample of y at the same frame; y has at least as many.
-template <typename Operation> void transform(std::span<float> samples, const float* other, Operation operation) noexcept
+// Every sample goes through operation(x), which changes a float or a ZRFloat8 in place.
+template <typename Operation>
+[[gnu::always_inline]] inline void transform(std::span<float> samples, Operation operation) noexcept
 {
     float* x = samples.data();
     const size_t count = samples.size();
     size_t i = 0;
     for (; i + ZRStep <= count; i += ZRStep) {
-        const ZRFloat4 a = load(x + i), b = load(x + i + 4), c = load(x + i + 8), d = load(x + i + 12);
-        store(x + i, operation(a, load(other + i)));
-        store(x + i + 4, operation(b, load(other + i + 4)));
-        store(x + i + 8, operation(c, load(other + i + 8)));
-        store(x + i + 12, operation(d, load(other + i + 12)));
+        ZRFloat8 a, b, c, d;
+        load(a, x + i);
+        load(b, x + i + ZRLanes);
+        load(c, x + i + 2 * ZRLanes);
+        load(d, x + i + 3 * ZRLanes);
+        operation(a);
+        operation(b);
+        operation(c);
+        operation(d);
+        store(x + i, a);
+        store(x + i + ZRLanes, b);
+        store(x + i + 2 * ZRLanes, c);
+        store(x + i + 3 * ZRLanes, d);
     }
-    for (; i + ZRLanes <= count; i += ZRLanes)
-        store(x + i, operation(load(x + i), load(other + i)));
     for (; i < count; ++i)
-        x[i] = operation(x[i], other[i]);
+        operation(x[i]);
+}
+
+// Every sample x goes through operation(x, y) with the other's sample y at the same frame; the other has at least
+// as many.
+template <typename Operation>
+[[gnu::always_inline]] inline void transform(std::span<float> samples, const float* other, Operation operation) noexcept
+{
+    float* x = samples.data();
+    const size_t count = samples.size();
+    size_t i = 0;
+    for (; i + ZRStep <= count; i += ZRStep) {
+        ZRFloat8 a, b, c, d, p, q, r, t;
+        load(a, x + i);
+        load(b, x + i + ZRLanes);
+        load(c, x + i + 2 * ZRLanes);
+        load(d, x + i + 3 * ZRLanes);
+        load(p, other + i);
+        load(q, other + i + ZRLanes);
+        load(r, other + i + 2 * ZRLanes);
+        load(t, other + i + 3 * ZRLanes);
+        operation(a, p);
+        operation(b, q);
+        operation(c, r);
+        operation(d, t);
+        store(x + i, a);
+        store(x + i + ZRLanes, b);
+        store(x + i + 2 * ZRLanes, c);
+        store(x + i + 3 * ZRLanes, d);
+    }
+    for (; i < count; ++i)
+        operation(x[i], other[i]);
+}
+
+// The sum of term(x) over the samples, term changing its argument in place. Four vector accumulators sum blocks
+// of 4096 samples in float and the block totals add up in double: the accuracy of a pairwise sum at the speed of
+// a float one, and a result that depends on the count only, never on where the samples lie in memory.
+template <typename Term> [[gnu::always_inline]] inline double sum(std::span<const float> samples, Term term) noexcept
+{
+    constexpr size_t block = 4096;
+    const float* at = samples.data();
+    const size_t count = samples.size();
+    double total = 0;
+    for (size_t i = 0; i < count;) {
+        const size_t end = std::min(count, i + block);
+        ZRFloat8 a {}, b {}, c {}, d {};
+        for (; i + ZRStep <= end; i += ZRStep) {
+            ZRFloat8 v0, v1, v2, v3;
+            load(v0, at + i);
+            load(v1, at + i + ZRLanes);
+            load(v2, at + i + 2 * ZRLanes);
+            load(v3, at + i + 3 * ZRLanes);
+            term(v0);
+            term(v1);
+            term(v2);
+            term(v3);
+            a += v0;
+            b += v1;
+            c += v2;
+            d += v3;
+        }
+        float rest = 0;
+        for (; i < end; ++i) {
+            float value = at[i];
+            term(value);
+            rest += value;
+        }
+        const ZRFloat8 lanes = (a + b) + (c + d);
+        const float vectors
+            = ((lanes[0] + lanes[1]) + (lanes[2] + lanes[3])) + ((lanes[4] + lanes[5]) + (lanes[6] + lanes[7]));
+        total += double(vectors) + double(rest);
+    }
+    return total;
+}
+
+// The term(x) that wins every comparison of pick(winner, candidate), which keeps the winner or takes the
+// candidate, starting from `start`.
+template <typename Term, typename Pick>
+[[gnu::always_inline]] inline float extreme(std::span<const float> samples, float start, Term term, Pick pick) noexcept
+{
+    const float* at = samples.data();
+    const size_t count = samples.size();
+    const ZRFloat8 initial = start - ZRFloat8 {};
+    ZRFloat8 a = initial, b = initial, c = initial, d = initial;
+    size_t i = 0;
+    for (; i + ZRStep <= count; i += ZRStep) {
+        ZRFloat8 v0, v1, v2, v3;
+        load(v0, at + i);
+        load(v1, at + i + ZRLanes);
+        load(v2, at + i + 2 * ZRLanes);
+        load(v3, at + i + 3 * ZRLanes);
+        term(v0);
+        term(v1);
+        term(v2);
+        term(v3);
+        pick(a, v0);
+        pick(b, v1);
+        pick(c, v2);
+        pick(d, v3);
+    }
+    pick(a, b);
+    pick(c, d);
+    pick(a, c);
+    float result = start;
+    for (size_t lane = 0; lane < ZRLanes; ++lane)
+        pick(result, a[lane]);
+    for (; i < count; ++i) {
+        float value = at[i];
+        term(value);
+        pick(result, value);
+    }
+    return result;
+}
+
+// Whether an operation's argument is one sample rather than a vector.
+template <typename Argument> constexpr bool isScalar = std::is_same_v<std::remove_cvref_t<Argument>, float>;
+
+const auto absolute = [](auto& x) noexcept {
+    if constexpr (isScalar<decltype(x)>)
+        x = std::fabs(x);
+    else
+        x = (ZRFloat8)((ZRInt8)x & 0x7FFFFFFF);
+};
+const auto square = [](auto& x) noexcept { x *= x; };
+const auto keep = [](auto&) noexcept {};
+const auto larger
+    = [](auto& winner, const auto& candidate) noexcept { winner = candidate > winner ? candidate : winner; };
+const auto smaller
+    = [](auto& winner, const auto& candidate) noexcept { winner = candidate < winner ? candidate : winner; };
+
+ZR_VECTOR_CLONES void scaleSamples(std::span<float> samples, float gain) noexcept
+{
+    transform(samples, [gain](auto& x) noexcept { x *= gain; });
+}
+
+ZR_VECTOR_CLONES void negateSamples(std::span<float> samples) noexcept
+{
+    transform(samples, [](auto& x) noexcept { x = -x; });
+}
+
+ZR_VECTOR_CLONES void fillSamples(std::span<float> samples, float value) noexcept
+{
+    // value − 0 is the value itself in every lane, −0.0 included; made once, as building it in the loop is slow.
+    const ZRFloat8 values = value - ZRFloat8 {};
+    transform(samples, [value, &values](auto& x) noexcept {
+        if constexpr (isScalar<decltype(x)>)
+            x = value;
+        else
+            x = values;
+    });
+}
+
+ZR_VECTOR_CLONES void mixSamples(std::span<float> samples, const float* other, float level) noexcept
+{
+    transform(samples, other, [level](auto& x, const auto& y) noexcept { x = x + y * level; });
 }
 
 // Multiplies frame i by start + float(i) × step, the ramp computed as it goes rather than kept in memory.
-void ramp(std::span<float> samples, float start, float step) noexcept
+ZR_VECTOR_CLONES void rampSamples(std::span<float> samples, float start, float step) noexcept
 {
     float* x = samples.data();
     const size_t count = samples.size();
-    ZRInt4 frame = { 0, 1, 2, 3 };
+    ZRInt8 frame = { 0, 1, 2, 3, 4, 5, 6, 7 };
     size_t i = 0;
-    for (; i + ZRLanes <= count; i += ZRLanes) {
-        store(x + i, load(x + i) * (start + __builtin_convertvector(frame, ZRFloat4) * step));
+    for (; i + 2 * ZRLanes <= count; i += 2 * ZRLanes) {
+        ZRFloat8 a, b;
+        load(a, x + i);
+        load(b, x + i + ZRLanes);
+        a *= start + __builtin_convertvector(frame, ZRFloat8) * step;
         frame += int32_t(ZRLanes);
+        b *= start + __builtin_convertvector(frame, ZRFloat8) * step;
+        frame += int32_t(ZRLanes);
+        store(x + i, a);
+        store(x + i + ZRLanes, b);
     }
     for (; i < count; ++i)
         x[i] *= start + float(int32_t(i)) * step;
 }
 
-void reverseSamples(std::span<float> samples) noexcept
+ZR_VECTOR_CLONES void reverseSamples(std::span<float> samples) noexcept
 {
     float* low = samples.data();
     float* high = low + samples.size();
     while (high - low >= std::ptrdiff_t(2 * ZRLanes)) {
         high -= ZRLanes;
-        const ZRFloat4 front = load(low), back = load(high);
-        store(low, __builtin_shufflevector(back, back, 3, 2, 1, 0));
-        store(high, __builtin_shufflevector(front, front, 3, 2, 1, 0));
+        ZRFloat8 front, back;
+        load(front, low);
+        load(back, high);
+        store(low, __builtin_shufflevector(back, back, 7, 6, 5, 4, 3, 2, 1, 0));
+        store(high, __builtin_shufflevector(front, front, 7, 6, 5, 4, 3, 2, 1, 0));
         low += ZRLanes;
     }
     std::reverse(low, high);
 }
 
-// The sum of term(x) over the samples. Four vector accumulators sum blocks of 4096 samples in float; the block
-// totals add up in double. That keeps the accuracy of a pairwise sum at the speed of a float one, and the result
-// depends on the count only, never on where the samples lie in memory.
-template <typename Term> double sum(std::span<const float> samples, Term term) noexcept
+ZR_VECTOR_CLONES double sumOfSquares(std::span<const float> samples) noexcept { return sum(samples, square); }
+
+ZR_VECTOR_CLONES double sumOfMagnitudes(std::span<const float> samples) noexcept { return sum(samples, absolute); }
+
+ZR_VECTOR_CLONES float largestSample(std::span<const float> samples) noexcept
 {
-    constexpr size_t block = 4096;
-    const float* x = samples.data();
+    return extreme(samples, -std::numeric_limits<float>::infinity(), keep, larger);
+}
+
+ZR_VECTOR_CLONES float smallestSample(std::span<const float> samples) noexcept
+{
+    return extreme(samples, std::numeric_limits<float>::infinity(), keep, smaller);
+}
+
+ZR_VECTOR_CLONES float largestMagnitude(std::span<const float> samples) noexcept
+{
+    return extreme(samples, 0.0f, absolute, larger);
+}
+
+// Blocks without a sample at the level are passed over at the speed of a read; a block with one is searched for a
+// pair, which may end in the next block.
+ZR_VECTOR_CLONES bool hasTwoConsecutiveAtOrAbove(std::span<const float> samples, float level) noexcept
+{
+    constexpr size_t block = 1024;
+    const float* at = samples.data();
     const size_t count = samples.size();
-    double total = 0;
-    for (size_t i = 0; i < count;) {
-        const size_t end = std::min(count, i + block);
-        ZRFloat4 a {}, b {}, c {}, d {};
+    for (size_t start = 0; start < count; start += block) {
+        const size_t end = std::min(count, start + block);
+        ZRInt8 a {}, b {}, c {}, d {};
+        size_t i = start;
         for (; i + ZRStep <= end; i += ZRStep) {
-            a += term(load(x + i));
-            b += term(load(x + i + 4));
-            c += term(load(x + i + 8));
-            d += term(load(x + i + 12));
+            ZRFloat8 v0, v1, v2, v3;
+            load(v0, at + i);
+            load(v1, at + i + ZRLanes);
+            load(v2, at + i + 2 * ZRLanes);
+            load(v3, at + i + 3 * ZRLanes);
+            a |= v0 >= level;
+            b |= v1 >= level;
+            c |= v2 >= level;
+            d |= v3 >= level;
         }
-        float rest = 0;
-        for (; i < end; ++i)
-            rest += term(x[i]);
-        const ZRFloat4 lanes = (a + b) + (c + d);
-        total += double((lanes[0] + lanes[1]) + (lanes[2] + lanes[3])) + double(rest);
-    }
-    return total;
-}
-
-// The sample that wins every comparison `pick(a, b)` (a when it wins), starting from `start`.
-template <typename Term, typename Pick>
-float extreme(std::span<const float> samples, float start, Term term, Pick pick) noexcept
-{
-    const float* x = samples.data();
-    const size_t count = samples.size();
-    const ZRFloat4 initial = start - ZRFloat4 {};
-    ZRFloat4 a = initial, b = initial, c = initial, d = initial;
-    size_t i = 0;
-    for (; i + ZRStep <= count; i += ZRStep) {
-        a = pick(term(load(x + i)), a);
-        b = pick(term(load(x + i + 4)), b);
-        c = pick(term(load(x + i + 8)), c);
-        d = pick(term(load(x + i + 12)), d);
-    }
-    const ZRFloat4 lanes = pick(pick(a, b), pick(c, d));
-    float result = pick(pick(lanes[0], lanes[1]), pick(lanes[2], lanes[3]));
-    for (; i < count; ++i)
-        result = pick(term(x[i]), result);
-    return result;
-}
-
-const auto identity = [](auto x) noexcept { return x; };
-const auto square = [](auto x) noexcept { return x * x; };
-const auto magnitude = [](auto x) noexcept { return absolute(x); };
-const auto larger = [](auto a, auto b) noexcept { return a > b ? a : b; };
-const auto smaller = [](auto a, auto b) noexcept { return a < b ? a : b; };
-
-bool hasTwoConsecutiveAtOrAbove(std::span<const float> samples, float level) noexcept
-{
-    const float* x = samples.data();
-    const size_t count = samples.size();
-    constexpr size_t block = 256;
-    size_t i = 0;
-    // Vectors compare frames i … i+15 with i+1 … i+16, so they stop where frame i+16 would leave the channel; a
-    // block of them answers at once.
-    while (i + ZRStep < count) {
-        const size_t end = i + block;
-        ZRInt4 found {};
-        for (; i + ZRStep < count && i < end; i += ZRStep) {
-            for (size_t lane = 0; lane < ZRStep; lane += ZRLanes)
-                found |= (load(x + i + lane) >= level) & (load(x + i + lane + 1) >= level);
+        bool candidate = anyLane((a | b) | (c | d));
+        for (; i < end && !candidate; ++i)
+            candidate = at[i] >= level;
+        for (i = start; candidate && i < end && i + 1 < count; ++i) {
+            if (at[i] >= level && at[i + 1] >= level)
+                return true;
         }
-        if (anyLane(found))
-            return true;
-    }
-    for (; i + 1 < count; ++i) {
-        if (x[i] >= level && x[i + 1] >= level)
-            return true;
     }
     return false;
 }
 
 uint32_t firstAtOrAbove(std::span<const float> samples, float magnitude) noexcept
 {
-    const float* x = samples.data();
-    const size_t count = samples.size();
-    size_t i = 0;
-    for (; i + ZRLanes <= count; i += ZRLanes) {
-        if (anyLane(absolute(load(x + i)) >= magnitude))
-            break;
-    }
-    for (; i < count; ++i) {
-        if (absolute(x[i]) >= magnitude)
+    for (size_t i = 0; i < samples.size(); ++i) {
+        if (std::fabs(samples[i]) >= magnitude)
             return uint32_t(i);
     }
     return ZRNotFound;
@@ -204,14 +323,8 @@ uint32_t firstAtOrAbove(std::span<const float> samples, float magnitude) noexcep
 
 uint32_t lastAtOrAbove(std::span<const float> samples, float magnitude) noexcept
 {
-    const float* x = samples.data();
-    size_t i = samples.size();
-    for (; i >= ZRLanes; i -= ZRLanes) {
-        if (anyLane(absolute(load(x + i - ZRLanes)) >= magnitude))
-            break;
-    }
-    for (; i > 0; --i) {
-        if (absolute(x[i - 1]) >= magnitude)
+    for (size_t i = samples.size(); i > 0; --i) {
+        if (std::fabs(samples[i - 1]) >= magnitude)
             return uint32_t(i - 1);
     }
     return ZRNotFound;
@@ -390,7 +503,7 @@ void ZRNativeAudioBuffer::fadeIn() noexcept
         return;
     const float step = float(1.0 / frames());
     for (uint32_t channel = 0; channel < channels(); ++channel)
-        ramp(_samples(channel), 0.0f, step);
+        rampSamples(_samples(channel), 0.0f, step);
 }
 
 void ZRNativeAudioBuffer::fadeOut() noexcept
@@ -399,7 +512,7 @@ void ZRNativeAudioBuffer::fadeOut() noexcept
         return;
     const float step = float(-1.0 / frames());
     for (uint32_t channel = 0; channel < channels(); ++channel)
-        ramp(_samples(channel), 1.0f, step);
+        rampSamples(_samples(channel), 1.0f, step);
 }
 
 void ZRNativeAudioBuffer::reverse() noexcept
@@ -414,10 +527,7 @@ void ZRNativeAudioBuffer::invert() noexcept
         invertChannel(channel);
 }
 
-void ZRNativeAudioBuffer::invertChannel(uint32_t channel) noexcept
-{
-    transform(_samples(channel), [](auto x) noexcept { return -x; });
-}
+void ZRNativeAudioBuffer::invertChannel(uint32_t channel) noexcept { negateSamples(_samples(channel)); }
 
 void ZRNativeAudioBuffer::invertChannels(const ZRIndexSet& channels) noexcept
 {
@@ -431,10 +541,7 @@ void ZRNativeAudioBuffer::scale(float gain) noexcept
         scale(gain, channel);
 }
 
-void ZRNativeAudioBuffer::scale(float gain, uint32_t channel) noexcept
-{
-    transform(_samples(channel), [gain](auto x) noexcept { return x * gain; });
-}
+void ZRNativeAudioBuffer::scale(float gain, uint32_t channel) noexcept { scaleSamples(_samples(channel), gain); }
 
 void ZRNativeAudioBuffer::scaleChannels(float gain, const ZRIndexSet& channels) noexcept
 {
@@ -448,8 +555,7 @@ void ZRNativeAudioBuffer::scale(float gain, uint32_t channel, ZRIndexRange frame
     // In 64 bits, so that a range whose end wraps in 32 bits still ends where it says.
     const uint64_t end = std::min<uint64_t>(uint64_t(frames.location) + frames.length, samples.size());
     if (frames.location < end)
-        transform(samples.subspan(frames.location, size_t(end - frames.location)),
-            [gain](auto x) noexcept { return x * gain; });
+        scaleSamples(samples.subspan(frames.location, size_t(end - frames.location)), gain);
 }
 
 void ZRNativeAudioBuffer::clearWithValue(float value) noexcept
@@ -460,8 +566,7 @@ void ZRNativeAudioBuffer::clearWithValue(float value) noexcept
 
 void ZRNativeAudioBuffer::clearChannel(uint32_t channel, float value) noexcept
 {
-    // value − 0 is the value itself, −0.0 included, as a float or in every lane of a vector.
-    transform(_samples(channel), [value](auto x) noexcept { return value - decltype(x) {}; });
+    fillSamples(_samples(channel), value);
 }
 
 bool ZRNativeAudioBuffer::copyAudioBuffer(const ZRNativeAudioBuffer& source, uint32_t position, ZRErrorPtr* error)
@@ -493,8 +598,7 @@ bool ZRNativeAudioBuffer::mixChannel(uint32_t sourceChannel, const ZRNativeAudio
         return fail(error, 3, action);
     const std::span<float> destination = _samples(destinationChannel);
     const std::span<const float> from = source._samples(sourceChannel);
-    transform(destination.first(std::min(destination.size(), from.size())), from.data(),
-        [level](auto x, auto y) noexcept { return x + y * level; });
+    mixSamples(destination.first(std::min(destination.size(), from.size())), from.data(), level);
     return true;
 }
 
@@ -525,13 +629,13 @@ std::unique_ptr<ZRNativeAudioBuffer> ZRNativeAudioBuffer::combinedChannelsAtInde
         if (method > CombineAveragedDifference || samples.size() < result.size())
             continue;
         if (method >= CombineDifference && channel % 2 != 0)
-            transform(result, samples.data(), [](auto x, auto y) noexcept { return x - y; });
+            transform(result, samples.data(), [](auto& x, const auto& y) noexcept { x -= y; });
         else
-            transform(result, samples.data(), [](auto x, auto y) noexcept { return x + y; });
+            transform(result, samples.data(), [](auto& x, const auto& y) noexcept { x += y; });
     }
     if (walked > 1 && (method == CombineAverage || method == CombineAveragedDifference)) {
         const float divisor = float(walked);
-        transform(result, [divisor](auto x) noexcept { return x / divisor; });
+        transform(result, [divisor](auto& x) noexcept { x /= divisor; });
     }
     return combined;
 }
@@ -546,7 +650,7 @@ float ZRNativeAudioBuffer::peakOfChannel(uint32_t channel) const noexcept
 {
     const uint32_t interleaved = channelsPerBuffer();
     if (interleaved < 2)
-        return extreme(_samples(channel), 0.0f, magnitude, larger);
+        return largestMagnitude(_samples(channel));
     // Channel `interleaved` itself is accepted as it always was; its last stride may leave the buffer and is cut.
     if (channel > interleaved)
         return 0.0f;
@@ -554,26 +658,26 @@ float ZRNativeAudioBuffer::peakOfChannel(uint32_t channel) const noexcept
     const size_t count = samples.size() / interleaved;
     float peak = 0.0f;
     for (size_t frame = 0, index = channel; frame < count && index < samples.size(); ++frame, index += interleaved)
-        peak = larger(absolute(samples[index]), peak);
+        larger(peak, std::fabs(samples[index]));
     return peak;
 }
 
 float ZRNativeAudioBuffer::maximumOfChannel(uint32_t channel) const noexcept
 {
     const std::span<const float> samples = _samples(channel);
-    return samples.empty() ? 0.0f : extreme(samples, -std::numeric_limits<float>::infinity(), identity, larger);
+    return samples.empty() ? 0.0f : largestSample(samples);
 }
 
 float ZRNativeAudioBuffer::minimumOfChannel(uint32_t channel) const noexcept
 {
     const std::span<const float> samples = _samples(channel);
-    return samples.empty() ? 0.0f : extreme(samples, std::numeric_limits<float>::infinity(), identity, smaller);
+    return samples.empty() ? 0.0f : smallestSample(samples);
 }
 
 float ZRNativeAudioBuffer::rmsOfChannel(uint32_t channel) const noexcept
 {
     const std::span<const float> samples = _samples(channel);
-    return samples.empty() ? 0.0f : float(std::sqrt(sum(samples, square) / double(samples.size())));
+    return samples.empty() ? 0.0f : float(std::sqrt(sumOfSquares(samples) / double(samples.size())));
 }
 
 float ZRNativeAudioBuffer::aes17OfChannel(uint32_t channel) const noexcept
@@ -584,12 +688,12 @@ float ZRNativeAudioBuffer::aes17OfChannel(uint32_t channel) const noexcept
 float ZRNativeAudioBuffer::averageOfChannel(uint32_t channel) const noexcept
 {
     const std::span<const float> samples = _samples(channel);
-    return samples.empty() ? 0.0f : float(sum(samples, magnitude) / double(samples.size()));
+    return samples.empty() ? 0.0f : float(sumOfMagnitudes(samples) / double(samples.size()));
 }
 
 float ZRNativeAudioBuffer::energyOfChannel(uint32_t channel) const noexcept
 {
-    return float(sum(_samples(channel), square));
+    return float(sumOfSquares(_samples(channel)));
 }
 
 float ZRNativeAudioBuffer::formFactorOfChannel(uint32_t channel) const noexcept
@@ -613,7 +717,7 @@ float ZRNativeAudioBuffer::peak() const noexcept
 {
     float peak = 0.0f;
     for (uint32_t channel = 0; channel < channels(); ++channel)
-        peak = larger(peakOfChannel(channel), peak);
+        larger(peak, peakOfChannel(channel));
     return peak;
 }
 
@@ -621,7 +725,7 @@ float ZRNativeAudioBuffer::maximum() const noexcept
 {
     float maximum = 0.0f;
     for (uint32_t channel = 0; channel < channels(); ++channel)
-        maximum = larger(maximumOfChannel(channel), maximum);
+        larger(maximum, maximumOfChannel(channel));
     return maximum;
 }
 
@@ -631,7 +735,7 @@ float ZRNativeAudioBuffer::minimum() const noexcept
         return 0.0f;
     float minimum = std::numeric_limits<float>::max();
     for (uint32_t channel = 0; channel < channels(); ++channel)
-        minimum = smaller(minimumOfChannel(channel), minimum);
+        smaller(minimum, minimumOfChannel(channel));
     return minimum;
 }
 
@@ -696,7 +800,7 @@ float ZRNativeAudioBuffer::averageOfChannels(const ZRIndexSet& channels, uint32_
         return 0.0f;
     float total = 0.0f;
     for (uint32_t channel : channels)
-        total += absolute(sampleValueAtIndex(index, channel));
+        total += std::fabs(sampleValueAtIndex(index, channel));
     return total / float(channels.count());
 }
 

@@ -294,9 +294,10 @@ TEST(ZRNativeAudioBuffer, searchesForAMagnitudeAndReadsInterleavedPeaksInsideThe
     EXPECT_EQ(buffer->positionOfSampleGreaterThanOrEqualToMagnitude(0.6f, 1, false), ZRNotFound);
     EXPECT_EQ(buffer->positionOfSampleGreaterThanOrEqualToMagnitude(0.1f, 2, false), ZRNotFound);
 
-    // Three interleaved channels in buffer 0: frames (0.1, -0.2, 0.3), (0.4, -0.5, 0.6).
-    auto interleaved = bufferWithChannels({ { 0.1f, -0.2f, 0.3f, 0.4f, -0.5f, 0.6f } });
-    interleaved->setChannelsPerBuffer(3);
+    // A host list of three interleaved channels: frames (0.1, -0.2, 0.3), (0.4, -0.5, 0.6).
+    float samples[] = { 0.1f, -0.2f, 0.3f, 0.4f, -0.5f, 0.6f };
+    AudioBufferList list { 1, { { 3, sizeof samples, samples } } };
+    auto interleaved = std::make_unique<ZRNativeAudioBuffer>(&list);
     EXPECT_EQ(interleaved->peakOfChannel(0), 0.4f);
     EXPECT_EQ(interleaved->peakOfChannel(1), 0.5f);
     EXPECT_EQ(interleaved->peakOfChannel(2), 0.6f);
@@ -322,4 +323,50 @@ TEST(ZRNativeAudioBuffer, readsFramesFromOneFilePerChannel)
     // A count beyond the buffer reads what the buffer holds.
     EXPECT_EQ(buffer->readFromFilesFrames(handles, std::numeric_limits<int64_t>::max()), 4);
     EXPECT_EQ(samplesOf(*buffer, 0), std::vector<float>({ 0.75f, 1, 1.25f, 1.5f }));
+}
+
+TEST(ZRNativeAudioBuffer, staysInsideEveryBufferWhateverTheArguments)
+{
+    std::vector<std::unique_ptr<ZRNativeAudioBuffer>> buffers;
+    buffers.push_back(std::make_unique<ZRNativeAudioBuffer>());
+    buffers.push_back(ZRNativeAudioBuffer::bufferWithChannels(2, 0));
+    buffers.push_back(ZRNativeAudioBuffer::bufferWithChannels(1, 1));
+    buffers.push_back(ZRNativeAudioBuffer::bufferWithChannels(2, 37));
+    buffers.push_back(ZRNativeAudioBuffer::bufferWithChannels(2, 37));
+    buffers.back()->resetForRenderWithFrames(37);
+    const uint32_t edges[] = { 0, 1, 2, 36, 37, 0x7FFFFFFF, 0xFFFFFFFF };
+    const std::vector<float> loud(40, 1.5f);
+    for (const auto& buffer : buffers) {
+        const uint32_t frames = buffer->frames();
+        buffer->clearWithValue(1.0f);
+        buffer->fadeIn();
+        buffer->fadeOut();
+        buffer->reverse();
+        buffer->invert();
+        buffer->scale(2.0f);
+        for (uint32_t channel : edges) {
+            for (uint32_t index : edges) {
+                buffer->setSampleValue(0.5f, index, channel);
+                buffer->scaleSampleBy(2.0f, index, channel);
+                buffer->scale(2.0f, channel, { index, 0xFFFFFFFF });
+                buffer->scale(2.0f, channel, { 0xFFFFFFFF, index });
+                EXPECT_EQ(buffer->averageOfChannels(ZRIndexSet({ 0, channel }), index) != 0.0f,
+                    buffer->channel(0) && index < frames);
+            }
+            buffer->invertChannel(channel);
+            buffer->clearChannel(channel);
+            buffer->clearChannel(channel, -1.0f);
+            buffer->setSampleValues(loud.data(), uint32_t(loud.size()), channel);
+            const bool hasSamples = buffer->channel(channel) && frames > 0;
+            EXPECT_EQ(buffer->peakOfChannel(channel) != 0.0f, hasSamples);
+            EXPECT_EQ(buffer->minimumOfChannel(channel) != 0.0f, hasSamples);
+            EXPECT_EQ(buffer->rmsOfChannel(channel) != 0.0f, hasSamples);
+            EXPECT_EQ(buffer->clippedChannel(channel), hasSamples && frames > 1);
+            EXPECT_EQ(
+                buffer->positionOfSampleGreaterThanOrEqualToMagnitude(1.0f, channel, true) != ZRNotFound, hasSamples);
+        }
+        auto combined = buffer->combinedChannelsWithMethod(1);
+        ASSERT_NE(combined, nullptr);
+        EXPECT_EQ(combined->frames(), frames);
+    }
 }
