@@ -533,12 +533,16 @@ bool ZRFile::movePath(const std::string& source, const std::string& destination,
     if (from == to)
         return true;
     if (equalIgnoringCase(from, to)) {
-        if (std::rename(from.c_str(), to.c_str()) == 0)
+        // Where letter case tells names apart, the other spelling may be another item, which rename would replace.
+        struct stat fromStatus, toStatus;
+        const bool otherItem = lstat(from.c_str(), &fromStatus) == 0 && lstat(to.c_str(), &toStatus) == 0
+            && (fromStatus.st_dev != toStatus.st_dev || fromStatus.st_ino != toStatus.st_ino);
+        if (!otherItem && std::rename(from.c_str(), to.c_str()) == 0)
             return true;
         // This branch names the file without its extension, unlike the handler's sentence below.
         if (error)
-            *error = ZRFileError::errorWithCode(
-                errno, ZRStringWithFormat(ZRLocalizedString("Moving '%@'"), ZRExtension::filename(from)));
+            *error = ZRFileError::errorWithCode(otherItem ? EEXIST : errno,
+                ZRStringWithFormat(ZRLocalizedString("Moving '%@'"), ZRExtension::filename(from)));
         return false;
     }
 

@@ -175,6 +175,14 @@ TEST(ZRFileManagement, renamesKeepingTheExtensionAndCopiesFolderEntriesSkippingE
     ASSERT_TRUE(ZRFile::renamePath(folder + "/mix.aif", "mix.wav"));
     EXPECT_EQ(ZRFile::contentsOfDirectoryAtPath(folder), std::vector<std::string> { "mix.wav" });
 
+    // A change of case only never replaces another file whose name differs in case alone.
+    ZRErrorPtr error;
+    std::ofstream(folder + "/Mix.wav", std::ios::binary) << "other";
+    EXPECT_FALSE(ZRFile::movePath(folder + "/mix.wav", folder + "/Mix.wav", &error));
+    EXPECT_EQ(description(error), "Moving 'mix' failed because the file or directory already exists. (EEXIST)");
+    EXPECT_EQ(ZRTestContentsOfFile(folder + "/Mix.wav"), "other");
+    EXPECT_TRUE(ZRFile::fileExistsAtPath(folder + "/mix.wav"));
+
     const std::string source = folder + "/source";
     const std::string destination = folder + "/destination/nested";
     ZRFile::createDirectoryAtPath(source + "/sub");
@@ -185,7 +193,6 @@ TEST(ZRFileManagement, renamesKeepingTheExtensionAndCopiesFolderEntriesSkippingE
 
     // The existing file is skipped; the existing folder is not, and its copy fails.
     std::ofstream(source + "/a", std::ios::binary) << "second";
-    ZRErrorPtr error;
     EXPECT_FALSE(ZRFile::copyItemsInDirectory(source, destination, &error));
     EXPECT_EQ(description(error), "Copying 'sub' failed because File exists");
     EXPECT_EQ(ZRTestContentsOfFile(destination + "/a"), "first");
