@@ -618,45 +618,27 @@ bool ZRPropertyList::boolValue() const noexcept
 }
 
 // Integers convert as C converts them (wrapping), reals and strings saturate.
-int32_t ZRPropertyList::intValue() const noexcept
+template <typename T>
+T ZRPropertyList::_integerValue() const noexcept
 {
     if (const std::string* text = std::get_if<std::string>(&_value))
-        return clampScanned<int32_t>(scanInteger(*text));
+        return clampScanned<T>(scanInteger(*text));
     if (const double* real = std::get_if<double>(&_value))
-        return saturatingCast<int32_t>(*real);
-    return static_cast<int32_t>(longLongValue());
-}
-
-uint32_t ZRPropertyList::unsignedIntValue() const noexcept
-{
-    if (const std::string* text = std::get_if<std::string>(&_value))
-        return clampScanned<uint32_t>(scanInteger(*text));
-    if (const double* real = std::get_if<double>(&_value))
-        return saturatingCast<uint32_t>(*real);
-    return static_cast<uint32_t>(unsignedLongLongValue());
-}
-
-int64_t ZRPropertyList::longLongValue() const noexcept
-{
-    if (const std::string* text = std::get_if<std::string>(&_value))
-        return clampScanned<int64_t>(scanInteger(*text));
-    if (const double* real = std::get_if<double>(&_value))
-        return saturatingCast<int64_t>(*real);
-    return static_cast<int64_t>(unsignedLongLongValue());
-}
-
-uint64_t ZRPropertyList::unsignedLongLongValue() const noexcept
-{
+        return saturatingCast<T>(*real);
     if (const bool* value = std::get_if<bool>(&_value))
         return *value ? 1 : 0;
     if (const Integer* integer = std::get_if<Integer>(&_value))
-        return integer->bits;
-    if (const double* real = std::get_if<double>(&_value))
-        return saturatingCast<uint64_t>(*real);
-    if (const std::string* text = std::get_if<std::string>(&_value))
-        return clampScanned<uint64_t>(scanInteger(*text));
+        return static_cast<T>(integer->bits);
     return 0;
 }
+
+int32_t ZRPropertyList::intValue() const noexcept { return _integerValue<int32_t>(); }
+
+uint32_t ZRPropertyList::unsignedIntValue() const noexcept { return _integerValue<uint32_t>(); }
+
+int64_t ZRPropertyList::longLongValue() const noexcept { return _integerValue<int64_t>(); }
+
+uint64_t ZRPropertyList::unsignedLongLongValue() const noexcept { return _integerValue<uint64_t>(); }
 
 float ZRPropertyList::floatValue() const noexcept
 {

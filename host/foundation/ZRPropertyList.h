@@ -92,6 +92,9 @@ public:
     bool writeToFile(const std::string& path, Format format = Format::XML, std::string* failure = nullptr) const;
 
 private:
+    template <typename T>
+    T _integerValue() const noexcept;
+
     struct Integer {
         uint64_t bits = 0;
         bool isUnsigned = false;
