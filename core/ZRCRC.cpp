@@ -209,9 +209,8 @@ void ZRCRC::_buildTable()
     for (size_t slice = 1; slice < sliceCount; ++slice) {
         for (size_t index = 0; index < tableSize; ++index) {
             const uint32_t previous = _slices[(slice - 1) * tableSize + index];
-            _slices[slice * tableSize + index] = _reflectInput
-                ? (previous >> 8) ^ _slices[previous & 0xFF]
-                : (previous << 8) ^ _slices[previous >> 24];
+            _slices[slice * tableSize + index] = _reflectInput ? (previous >> 8) ^ _slices[previous & 0xFF]
+                                                               : (previous << 8) ^ _slices[previous >> 24];
         }
     }
 }

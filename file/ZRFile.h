@@ -79,7 +79,7 @@ public:
     int32_t readIntValueAtPosition(int64_t position);
     int16_t readShortValueAtPosition(int64_t position);
     int8_t readCharValueAtPosition(int64_t position);
-    // 16 bytes as an identifier; bytes the file does not have read as zeros.
+    // Reads 16 bytes as an identifier; a failed read is shown as an alert and gives the all-zero identifier.
     ZRUUID readUUIDValue();
 
     // Writes at the current position. A read-only handle answers false and makes no error.
