@@ -42,30 +42,32 @@ const double ZRAES17Gain = std::pow(10.0, 0.15);
     return (quarters[0] | quarters[1] | quarters[2] | quarters[3]) != 0;
 }
 
+// Runs body(0) … body(3), one call for each vector of a step, written out so that the four stay independent.
+template <typename Body> [[gnu::always_inline]] inline void forEachVector(Body body) noexcept
+{
+    body(0);
+    body(1);
+    body(2);
+    body(3);
+}
+
 // Every sample goes through operation(x), which changes a float or a ZRFloat8 in place.
 template <typename Operation>
 [[gnu::always_inline]] inline void transform(std::span<float> samples, Operation operation) noexcept
 {
-    float* x = samples.data();
+    float* at = samples.data();
     const size_t count = samples.size();
     size_t i = 0;
     for (; i + ZRStep <= count; i += ZRStep) {
-        ZRFloat8 a, b, c, d;
-        load(a, x + i);
-        load(b, x + i + ZRLanes);
-        load(c, x + i + 2 * ZRLanes);
-        load(d, x + i + 3 * ZRLanes);
-        operation(a);
-        operation(b);
-        operation(c);
-        operation(d);
-        store(x + i, a);
-        store(x + i + ZRLanes, b);
-        store(x + i + 2 * ZRLanes, c);
-        store(x + i + 3 * ZRLanes, d);
+        forEachVector([&](size_t k) {
+            ZRFloat8 vector;
+            load(vector, at + i + k * ZRLanes);
+            operation(vector);
+            store(at + i + k * ZRLanes, vector);
+        });
     }
     for (; i < count; ++i)
-        operation(x[i]);
+        operation(at[i]);
 }
 
 // Every sample x goes through operation(x, y) with the other's sample y at the same frame; the other has at least
@@ -73,30 +75,20 @@ template <typename Operation>
 template <typename Operation>
 [[gnu::always_inline]] inline void transform(std::span<float> samples, const float* other, Operation operation) noexcept
 {
-    float* x = samples.data();
+    float* at = samples.data();
     const size_t count = samples.size();
     size_t i = 0;
     for (; i + ZRStep <= count; i += ZRStep) {
-        ZRFloat8 a, b, c, d, p, q, r, t;
-        load(a, x + i);
-        load(b, x + i + ZRLanes);
-        load(c, x + i + 2 * ZRLanes);
-        load(d, x + i + 3 * ZRLanes);
-        load(p, other + i);
-        load(q, other + i + ZRLanes);
-        load(r, other + i + 2 * ZRLanes);
-        load(t, other + i + 3 * ZRLanes);
-        operation(a, p);
-        operation(b, q);
-        operation(c, r);
-        operation(d, t);
-        store(x + i, a);
-        store(x + i + ZRLanes, b);
-        store(x + i + 2 * ZRLanes, c);
-        store(x + i + 3 * ZRLanes, d);
+        forEachVector([&](size_t k) {
+            ZRFloat8 vector, otherVector;
+            load(vector, at + i + k * ZRLanes);
+            load(otherVector, other + i + k * ZRLanes);
+            operation(vector, otherVector);
+            store(at + i + k * ZRLanes, vector);
+        });
     }
     for (; i < count; ++i)
-        operation(x[i], other[i]);
+        operation(at[i], other[i]);
 }
 
 // The sum of term(x) over the samples, term changing its argument in place. Four vector accumulators sum blocks
@@ -110,21 +102,14 @@ template <typename Term> [[gnu::always_inline]] inline double sum(std::span<cons
     double total = 0;
     for (size_t i = 0; i < count;) {
         const size_t end = std::min(count, i + block);
-        ZRFloat8 a {}, b {}, c {}, d {};
+        ZRFloat8 sums[4] = {};
         for (; i + ZRStep <= end; i += ZRStep) {
-            ZRFloat8 v0, v1, v2, v3;
-            load(v0, at + i);
-            load(v1, at + i + ZRLanes);
-            load(v2, at + i + 2 * ZRLanes);
-            load(v3, at + i + 3 * ZRLanes);
-            term(v0);
-            term(v1);
-            term(v2);
-            term(v3);
-            a += v0;
-            b += v1;
-            c += v2;
-            d += v3;
+            forEachVector([&](size_t k) {
+                ZRFloat8 vector;
+                load(vector, at + i + k * ZRLanes);
+                term(vector);
+                sums[k] += vector;
+            });
         }
         float rest = 0;
         for (; i < end; ++i) {
@@ -132,7 +117,7 @@ template <typename Term> [[gnu::always_inline]] inline double sum(std::span<cons
             term(value);
             rest += value;
         }
-        const ZRFloat8 lanes = (a + b) + (c + d);
+        const ZRFloat8 lanes = (sums[0] + sums[1]) + (sums[2] + sums[3]);
         const float vectors
             = ((lanes[0] + lanes[1]) + (lanes[2] + lanes[3])) + ((lanes[4] + lanes[5]) + (lanes[6] + lanes[7]));
         total += double(vectors) + double(rest);
@@ -148,29 +133,22 @@ template <typename Term, typename Pick>
     const float* at = samples.data();
     const size_t count = samples.size();
     const ZRFloat8 initial = start - ZRFloat8 {};
-    ZRFloat8 a = initial, b = initial, c = initial, d = initial;
+    ZRFloat8 winners[4] = { initial, initial, initial, initial };
     size_t i = 0;
     for (; i + ZRStep <= count; i += ZRStep) {
-        ZRFloat8 v0, v1, v2, v3;
-        load(v0, at + i);
-        load(v1, at + i + ZRLanes);
-        load(v2, at + i + 2 * ZRLanes);
-        load(v3, at + i + 3 * ZRLanes);
-        term(v0);
-        term(v1);
-        term(v2);
-        term(v3);
-        pick(a, v0);
-        pick(b, v1);
-        pick(c, v2);
-        pick(d, v3);
+        forEachVector([&](size_t k) {
+            ZRFloat8 vector;
+            load(vector, at + i + k * ZRLanes);
+            term(vector);
+            pick(winners[k], vector);
+        });
     }
-    pick(a, b);
-    pick(c, d);
-    pick(a, c);
+    pick(winners[0], winners[1]);
+    pick(winners[2], winners[3]);
+    pick(winners[0], winners[2]);
     float result = start;
     for (size_t lane = 0; lane < ZRLanes; ++lane)
-        pick(result, a[lane]);
+        pick(result, winners[0][lane]);
     for (; i < count; ++i) {
         float value = at[i];
         term(value);
@@ -288,20 +266,16 @@ ZR_VECTOR_CLONES bool hasTwoConsecutiveAtOrAbove(std::span<const float> samples,
     const size_t count = samples.size();
     for (size_t start = 0; start < count; start += block) {
         const size_t end = std::min(count, start + block);
-        ZRInt8 a {}, b {}, c {}, d {};
+        ZRInt8 found[4] = {};
         size_t i = start;
         for (; i + ZRStep <= end; i += ZRStep) {
-            ZRFloat8 v0, v1, v2, v3;
-            load(v0, at + i);
-            load(v1, at + i + ZRLanes);
-            load(v2, at + i + 2 * ZRLanes);
-            load(v3, at + i + 3 * ZRLanes);
-            a |= v0 >= level;
-            b |= v1 >= level;
-            c |= v2 >= level;
-            d |= v3 >= level;
+            forEachVector([&](size_t k) {
+                ZRFloat8 vector;
+                load(vector, at + i + k * ZRLanes);
+                found[k] |= vector >= level;
+            });
         }
-        bool candidate = anyLane((a | b) | (c | d));
+        bool candidate = anyLane((found[0] | found[1]) | (found[2] | found[3]));
         for (; i < end && !candidate; ++i)
             candidate = at[i] >= level;
         for (i = start; candidate && i < end && i + 1 < count; ++i) {
