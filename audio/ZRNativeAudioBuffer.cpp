@@ -304,6 +304,27 @@ uint32_t lastAtOrAbove(std::span<const float> samples, float magnitude) noexcept
     return ZRNotFound;
 }
 
+const auto add = [](float& total, float value) noexcept { total += value; };
+
+// Folds a per-channel measurement of channels 0 … count − 1 into `start` with combine(result, value).
+template <typename Measure, typename Combine>
+float overChannels(uint32_t count, float start, Measure measure, Combine combine) noexcept
+{
+    float result = start;
+    for (uint32_t channel = 0; channel < count; ++channel)
+        combine(result, measure(channel));
+    return result;
+}
+
+// A new buffer set up by initialise(buffer), or null when that fails.
+template <typename Initialise> std::unique_ptr<ZRNativeAudioBuffer> made(Initialise initialise)
+{
+    auto buffer = std::make_unique<ZRNativeAudioBuffer>();
+    if (!initialise(*buffer))
+        return nullptr;
+    return buffer;
+}
+
 bool fail(ZRErrorPtr* error, int32_t code, const char* action)
 {
     if (error)
@@ -334,28 +355,20 @@ std::unique_ptr<ZRNativeAudioBuffer> ZRNativeAudioBuffer::bufferWithChannels(
 std::unique_ptr<ZRNativeAudioBuffer> ZRNativeAudioBuffer::bufferWithNumberOfBuffers(
     uint32_t count, uint32_t length, ZRErrorPtr* error)
 {
-    auto buffer = std::make_unique<ZRNativeAudioBuffer>();
-    if (!buffer->createWithNumberOfBuffers(count, length, error))
-        return nullptr;
-    return buffer;
+    return made([&](ZRNativeAudioBuffer& buffer) { return buffer.createWithNumberOfBuffers(count, length, error); });
 }
 
 std::unique_ptr<ZRNativeAudioBuffer> ZRNativeAudioBuffer::bufferWithAudioBuffer(
     const ZRAudioBuffer& source, ZRErrorPtr* error)
 {
-    auto buffer = std::make_unique<ZRNativeAudioBuffer>();
-    if (!buffer->_initWithAudioBuffer(source, error))
-        return nullptr;
-    return buffer;
+    return made([&](ZRNativeAudioBuffer& buffer) { return buffer._initWithAudioBuffer(source, error); });
 }
 
 std::unique_ptr<ZRNativeAudioBuffer> ZRNativeAudioBuffer::bufferWithAudioBuffer(
     const ZRAudioBuffer& source, const ZRIndexSet& channels, bool copy, ZRErrorPtr* error)
 {
-    auto buffer = std::make_unique<ZRNativeAudioBuffer>();
-    if (!buffer->_initWithAudioBuffer(source, channels, copy, error))
-        return nullptr;
-    return buffer;
+    return made(
+        [&](ZRNativeAudioBuffer& buffer) { return buffer._initWithAudioBuffer(source, channels, copy, error); });
 }
 
 std::unique_ptr<ZRNativeAudioBuffer> ZRNativeAudioBuffer::copy() const
@@ -689,39 +702,36 @@ bool ZRNativeAudioBuffer::clippedChannel(uint32_t channel) const noexcept
 
 float ZRNativeAudioBuffer::peak() const noexcept
 {
-    float peak = 0.0f;
-    for (uint32_t channel = 0; channel < channels(); ++channel)
-        larger(peak, peakOfChannel(channel));
-    return peak;
+    return overChannels(
+        channels(), 0.0f, [this](uint32_t channel) { return peakOfChannel(channel); }, larger);
 }
 
 float ZRNativeAudioBuffer::maximum() const noexcept
 {
-    float maximum = 0.0f;
-    for (uint32_t channel = 0; channel < channels(); ++channel)
-        larger(maximum, maximumOfChannel(channel));
-    return maximum;
+    return overChannels(
+        channels(), 0.0f, [this](uint32_t channel) { return maximumOfChannel(channel); }, larger);
 }
 
 float ZRNativeAudioBuffer::minimum() const noexcept
 {
     if (channels() == 0)
         return 0.0f;
-    float minimum = std::numeric_limits<float>::max();
-    for (uint32_t channel = 0; channel < channels(); ++channel)
-        smaller(minimum, minimumOfChannel(channel));
-    return minimum;
+    return overChannels(
+        channels(), std::numeric_limits<float>::max(), [this](uint32_t channel) { return minimumOfChannel(channel); },
+        smaller);
 }
 
 float ZRNativeAudioBuffer::rms() const noexcept
 {
     if (channels() == 0)
         return 0.0f;
-    float squares = 0.0f;
-    for (uint32_t channel = 0; channel < channels(); ++channel) {
-        const float rms = rmsOfChannel(channel);
-        squares += rms * rms;
-    }
+    const float squares = overChannels(
+        channels(), 0.0f,
+        [this](uint32_t channel) {
+            const float rms = rmsOfChannel(channel);
+            return rms * rms;
+        },
+        add);
     return std::sqrt(squares / float(channels()));
 }
 
@@ -731,20 +741,18 @@ float ZRNativeAudioBuffer::average() const noexcept
 {
     if (channels() == 0)
         return 0.0f;
-    float total = 0.0f;
-    for (uint32_t channel = 0; channel < channels(); ++channel)
-        total += averageOfChannel(channel);
-    return total / float(channels());
+    return overChannels(
+               channels(), 0.0f, [this](uint32_t channel) { return averageOfChannel(channel); }, add)
+        / float(channels());
 }
 
 float ZRNativeAudioBuffer::energy() const noexcept
 {
     if (channels() == 0)
         return 0.0f;
-    float total = 0.0f;
-    for (uint32_t channel = 0; channel < channels(); ++channel)
-        total += energyOfChannel(channel);
-    return total / float(channels());
+    return overChannels(
+               channels(), 0.0f, [this](uint32_t channel) { return energyOfChannel(channel); }, add)
+        / float(channels());
 }
 
 float ZRNativeAudioBuffer::formFactor() const noexcept

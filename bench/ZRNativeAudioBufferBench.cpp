@@ -3,6 +3,7 @@
 #include "ZRBenchmarkRatio.h"
 
 #include <cstring>
+#include <string>
 #include <vector>
 
 // Edits of a 2-channel buffer against memcpy of the same bytes, and measurements against memchr reading them
@@ -68,113 +69,57 @@ template <typename Measure> void measure(benchmark::State& state, Measure measur
         fixture.bytes);
 }
 
-// Gains that undo each other keep the samples in range however often a benchmark runs.
-void BM_NativeAudioBuffer_scale(benchmark::State& state)
+template <typename Benchmark> void add(const std::string& name, Benchmark benchmark)
 {
-    bool up = false;
-    edit(state, [&](ZRNativeAudioBuffer& buffer, ZRNativeAudioBuffer&) { buffer.scale((up = !up) ? 2.0f : 0.5f); });
+    benchmark::RegisterBenchmark(("BM_NativeAudioBuffer_" + name).c_str(), benchmark)
+        ->UseManualTime()
+        ->RangeMultiplier(64)
+        ->Range(64, 1 << 20);
 }
 
-void BM_NativeAudioBuffer_mix(benchmark::State& state)
+template <typename Edit> void addEdit(const std::string& name, Edit operation)
 {
-    bool up = false;
-    edit(state, [&](ZRNativeAudioBuffer& buffer, ZRNativeAudioBuffer& other) {
-        buffer.mixAudioBuffer(other, (up = !up) ? 1.0f : -1.0f);
-    });
+    add(name, [operation](benchmark::State& state) { edit(state, operation); });
 }
 
-void BM_NativeAudioBuffer_copy(benchmark::State& state)
+template <typename Measure> void addMeasurement(const std::string& name, Measure measurement)
 {
-    edit(state, [](ZRNativeAudioBuffer& buffer, ZRNativeAudioBuffer& other) { buffer.copyAudioBuffer(other, 0); });
-}
-
-void BM_NativeAudioBuffer_clear(benchmark::State& state)
-{
-    edit(state, [](ZRNativeAudioBuffer& buffer, ZRNativeAudioBuffer&) { buffer.clearWithValue(0.25f); });
-}
-
-void BM_NativeAudioBuffer_invert(benchmark::State& state)
-{
-    edit(state, [](ZRNativeAudioBuffer& buffer, ZRNativeAudioBuffer&) { buffer.invert(); });
-}
-
-void BM_NativeAudioBuffer_reverse(benchmark::State& state)
-{
-    edit(state, [](ZRNativeAudioBuffer& buffer, ZRNativeAudioBuffer&) { buffer.reverse(); });
+    add(name, [measurement](benchmark::State& state) { measure(state, measurement); });
 }
 
 // Repeated fades would shrink the samples into the slow denormal range; on silence they cost the same as on sound.
-void BM_NativeAudioBuffer_fadeIn(benchmark::State& state)
+template <typename Fade> auto onSilence(Fade fade)
 {
-    edit(state, [silent = false](ZRNativeAudioBuffer& buffer, ZRNativeAudioBuffer&) mutable {
+    return [fade, silent = false](ZRNativeAudioBuffer& buffer, ZRNativeAudioBuffer&) mutable {
         if (!silent)
             buffer.clear();
         silent = true;
-        buffer.fadeIn();
+        fade(buffer);
+    };
+}
+
+const bool registered = [] {
+    // Gains that undo each other keep the samples in range however often a benchmark runs.
+    addEdit("scale", [up = false](ZRNativeAudioBuffer& buffer, ZRNativeAudioBuffer&) mutable {
+        buffer.scale((up = !up) ? 2.0f : 0.5f);
     });
-}
-
-void BM_NativeAudioBuffer_fadeOut(benchmark::State& state)
-{
-    edit(state, [silent = false](ZRNativeAudioBuffer& buffer, ZRNativeAudioBuffer&) mutable {
-        if (!silent)
-            buffer.clear();
-        silent = true;
-        buffer.fadeOut();
+    addEdit("mix", [up = false](ZRNativeAudioBuffer& buffer, ZRNativeAudioBuffer& other) mutable {
+        buffer.mixAudioBuffer(other, (up = !up) ? 1.0f : -1.0f);
     });
-}
-
-void BM_NativeAudioBuffer_peak(benchmark::State& state)
-{
-    measure(state, [](const ZRNativeAudioBuffer& buffer) { return buffer.peak(); });
-}
-
-void BM_NativeAudioBuffer_maximum(benchmark::State& state)
-{
-    measure(state, [](const ZRNativeAudioBuffer& buffer) { return buffer.maximum(); });
-}
-
-void BM_NativeAudioBuffer_minimum(benchmark::State& state)
-{
-    measure(state, [](const ZRNativeAudioBuffer& buffer) { return buffer.minimum(); });
-}
-
-void BM_NativeAudioBuffer_rms(benchmark::State& state)
-{
-    measure(state, [](const ZRNativeAudioBuffer& buffer) { return buffer.rms(); });
-}
-
-void BM_NativeAudioBuffer_energy(benchmark::State& state)
-{
-    measure(state, [](const ZRNativeAudioBuffer& buffer) { return buffer.energy(); });
-}
-
-void BM_NativeAudioBuffer_average(benchmark::State& state)
-{
-    measure(state, [](const ZRNativeAudioBuffer& buffer) { return buffer.average(); });
-}
-
-void BM_NativeAudioBuffer_clipped(benchmark::State& state)
-{
-    measure(state, [](const ZRNativeAudioBuffer& buffer) { return buffer.clipped(); });
-}
+    addEdit("copy", [](ZRNativeAudioBuffer& buffer, ZRNativeAudioBuffer& other) { buffer.copyAudioBuffer(other, 0); });
+    addEdit("clear", [](ZRNativeAudioBuffer& buffer, ZRNativeAudioBuffer&) { buffer.clearWithValue(0.25f); });
+    addEdit("invert", [](ZRNativeAudioBuffer& buffer, ZRNativeAudioBuffer&) { buffer.invert(); });
+    addEdit("reverse", [](ZRNativeAudioBuffer& buffer, ZRNativeAudioBuffer&) { buffer.reverse(); });
+    addEdit("fadeIn", onSilence([](ZRNativeAudioBuffer& buffer) { buffer.fadeIn(); }));
+    addEdit("fadeOut", onSilence([](ZRNativeAudioBuffer& buffer) { buffer.fadeOut(); }));
+    addMeasurement("peak", [](const ZRNativeAudioBuffer& buffer) { return buffer.peak(); });
+    addMeasurement("maximum", [](const ZRNativeAudioBuffer& buffer) { return buffer.maximum(); });
+    addMeasurement("minimum", [](const ZRNativeAudioBuffer& buffer) { return buffer.minimum(); });
+    addMeasurement("rms", [](const ZRNativeAudioBuffer& buffer) { return buffer.rms(); });
+    addMeasurement("energy", [](const ZRNativeAudioBuffer& buffer) { return buffer.energy(); });
+    addMeasurement("average", [](const ZRNativeAudioBuffer& buffer) { return buffer.average(); });
+    addMeasurement("clipped", [](const ZRNativeAudioBuffer& buffer) { return buffer.clipped(); });
+    return true;
+}();
 
 }
-
-#define ZR_NATIVE_BENCHMARK(name) BENCHMARK(name)->UseManualTime()->RangeMultiplier(64)->Range(64, 1 << 20)
-
-ZR_NATIVE_BENCHMARK(BM_NativeAudioBuffer_scale);
-ZR_NATIVE_BENCHMARK(BM_NativeAudioBuffer_mix);
-ZR_NATIVE_BENCHMARK(BM_NativeAudioBuffer_copy);
-ZR_NATIVE_BENCHMARK(BM_NativeAudioBuffer_clear);
-ZR_NATIVE_BENCHMARK(BM_NativeAudioBuffer_invert);
-ZR_NATIVE_BENCHMARK(BM_NativeAudioBuffer_reverse);
-ZR_NATIVE_BENCHMARK(BM_NativeAudioBuffer_fadeIn);
-ZR_NATIVE_BENCHMARK(BM_NativeAudioBuffer_fadeOut);
-ZR_NATIVE_BENCHMARK(BM_NativeAudioBuffer_peak);
-ZR_NATIVE_BENCHMARK(BM_NativeAudioBuffer_maximum);
-ZR_NATIVE_BENCHMARK(BM_NativeAudioBuffer_minimum);
-ZR_NATIVE_BENCHMARK(BM_NativeAudioBuffer_rms);
-ZR_NATIVE_BENCHMARK(BM_NativeAudioBuffer_energy);
-ZR_NATIVE_BENCHMARK(BM_NativeAudioBuffer_average);
-ZR_NATIVE_BENCHMARK(BM_NativeAudioBuffer_clipped);
