@@ -316,6 +316,12 @@ float overChannels(uint32_t count, float start, Measure measure, Combine combine
     return result;
 }
 
+// The mean of a per-channel measurement of channels 0 … count − 1; 0 without channels.
+template <typename Measure> float meanOverChannels(uint32_t count, Measure measure) noexcept
+{
+    return count == 0 ? 0.0f : overChannels(count, 0.0f, measure, add) / float(count);
+}
+
 // A new buffer set up by initialise(buffer), or null when that fails.
 template <typename Initialise> std::unique_ptr<ZRNativeAudioBuffer> made(Initialise initialise)
 {
@@ -723,36 +729,22 @@ float ZRNativeAudioBuffer::minimum() const noexcept
 
 float ZRNativeAudioBuffer::rms() const noexcept
 {
-    if (channels() == 0)
-        return 0.0f;
-    const float squares = overChannels(
-        channels(), 0.0f,
-        [this](uint32_t channel) {
-            const float rms = rmsOfChannel(channel);
-            return rms * rms;
-        },
-        add);
-    return std::sqrt(squares / float(channels()));
+    return std::sqrt(meanOverChannels(channels(), [this](uint32_t channel) {
+        const float rms = rmsOfChannel(channel);
+        return rms * rms;
+    }));
 }
 
 float ZRNativeAudioBuffer::aes17() const noexcept { return float(double(rms()) * ZRAES17Gain); }
 
 float ZRNativeAudioBuffer::average() const noexcept
 {
-    if (channels() == 0)
-        return 0.0f;
-    return overChannels(
-               channels(), 0.0f, [this](uint32_t channel) { return averageOfChannel(channel); }, add)
-        / float(channels());
+    return meanOverChannels(channels(), [this](uint32_t channel) { return averageOfChannel(channel); });
 }
 
 float ZRNativeAudioBuffer::energy() const noexcept
 {
-    if (channels() == 0)
-        return 0.0f;
-    return overChannels(
-               channels(), 0.0f, [this](uint32_t channel) { return energyOfChannel(channel); }, add)
-        / float(channels());
+    return meanOverChannels(channels(), [this](uint32_t channel) { return energyOfChannel(channel); });
 }
 
 float ZRNativeAudioBuffer::formFactor() const noexcept
