@@ -238,7 +238,7 @@ TEST(ZRNativeAudioBuffer, measuresEachChannelAsADirectComputationDoes)
                 - samples.begin());
     }
 
-    // A million samples summed in float alone would be off in the fourth digit.
+    // A million samples summed one by one in float would be off by more than a percent.
     auto tenth = ZRNativeAudioBuffer::bufferWithChannels(1, 1 << 20);
     tenth->clearWithValue(0.1f);
     const double energy = double(0.1f * 0.1f) * (1 << 20);
