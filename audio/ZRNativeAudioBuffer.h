@@ -73,8 +73,9 @@ public:
     {
         return delayBufferAtIndex(channel, other, otherChannel);
     }
-    // Reads `frames` frames per channel (at most frames()); answers the frames read, or the count as given when
-    // it is negative, and 0 on failure.
+    // The frame form of readFromFiles, named apart as its parameters have the byte form's types. Reads `frames`
+    // frames per channel (at most frames()); answers the frames read, or the count as given when it is negative,
+    // and 0 on failure.
     int64_t readFromFilesFrames(std::span<ZRFile* const> files, int64_t frames, ZRErrorPtr* error = nullptr);
     void resetForProcessWithFrames(uint32_t frames) { resetForProcessWithLength(frames * sizeof(float)); }
     // Real-time safe.

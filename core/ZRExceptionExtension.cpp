@@ -192,33 +192,35 @@ Frame frameAt(const void* address)
     return frame;
 }
 
+// The calling thread's frames from the one the caller returns to on: the frames above it belong to this library
+// and, where a sanitizer intercepts backtrace(), to the interceptor, so their number is not fixed.
+std::vector<Frame> framesFrom(const void* caller)
+{
+    void* addresses[ZRMaximumFrames];
+    const int count = backtrace(addresses, ZRMaximumFrames);
+    const auto first = std::find(addresses, addresses + count, caller);
+    std::vector<Frame> frames;
+    for (auto address = first == addresses + count ? addresses : first; address < addresses + count; ++address)
+        frames.push_back(frameAt(*address));
+    return frames;
+}
+
 }
 
 namespace ZRExtension {
 
 std::string stackTraceAddresses()
 {
-    void* addresses[ZRMaximumFrames];
-    const int count = backtrace(addresses, ZRMaximumFrames);
     std::string text;
-    // The first address is this function's own.
-    for (int index = 1; index < count; ++index) {
-        if (index > 1)
+    for (const Frame& frame : framesFrom(__builtin_return_address(0))) {
+        if (!text.empty())
             text += "  ";
-        text += frameAt(addresses[index]).text;
+        text += frame.text;
     }
     return text;
 }
 
-std::string stackTrace()
-{
-    void* addresses[ZRMaximumFrames];
-    const int count = backtrace(addresses, ZRMaximumFrames);
-    std::vector<Frame> frames;
-    for (int index = 1; index < count; ++index)
-        frames.push_back(frameAt(addresses[index]));
-    return symbolised(std::move(frames));
-}
+std::string stackTrace() { return symbolised(framesFrom(__builtin_return_address(0))); }
 
 std::string stackTrace(std::string_view addresses)
 {
