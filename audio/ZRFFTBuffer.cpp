@@ -99,8 +99,10 @@ ZR_VECTOR_CLONES void windowFrame(
     ZRFloat8 low, high;
     ZRLoad(low, bins);
     ZRLoad(high, bins + ZRLanes);
-    const ZRFloat8 real = __builtin_shuffle(low, high, ZRInt8 { 0, 2, 4, 6, 8, 10, 12, 14 }) * 2.0f;
-    ZRFloat8 imaginary = __builtin_shuffle(low, high, ZRInt8 { 1, 3, 5, 7, 9, 11, 13, 15 }) * 2.0f;
+    // Adding +0 makes a zero part +0: the transform's arithmetic leaves zeros of either sign, and silence should
+    // have the phase 0 rather than ±π.
+    const ZRFloat8 real = __builtin_shuffle(low, high, ZRInt8 { 0, 2, 4, 6, 8, 10, 12, 14 }) * 2.0f + 0.0f;
+    ZRFloat8 imaginary = __builtin_shuffle(low, high, ZRInt8 { 1, 3, 5, 7, 9, 11, 13, 15 }) * 2.0f + 0.0f;
     ZRFloat8 magnitude = real * real + imaginary * imaginary;
     squareRoot(magnitude);
     arctangent(imaginary, real);
@@ -379,7 +381,8 @@ float ZRFFTBuffer::pitchForRate(uint32_t rate, uint32_t channel) const
     return float(double(rate) / double(2 * bins) * double(index));
 }
 
-void ZRFFTBuffer::phases(std::span<const float> real, std::span<const float> imaginary, std::span<float> result) noexcept
+void ZRFFTBuffer::phases(
+    std::span<const float> real, std::span<const float> imaginary, std::span<float> result) noexcept
 {
     phasesOf(real.data(), imaginary.data(), result.data(), std::min({ real.size(), imaginary.size(), result.size() }));
 }

@@ -50,6 +50,8 @@ public:
     // log2 of the frame length N.
     uint32_t resolution() const noexcept { return _resolution; }
     uint32_t windowType() const noexcept { return _windowType; }
+    // The N factors every frame is multiplied by.
+    std::span<const float> windowFunction() const noexcept { return _windowFunction; }
     // Changes N and rebuilds the window; the spectra keep their length until reset(), and analyses fail while
     // they are shorter than N/2. An equal value changes nothing; one that cannot be made answers false and keeps
     // the old resolution.
