@@ -18,6 +18,9 @@ target_compile_definitions(zrbase PRIVATE ZR_BUILDING_LIBRARY
     ZR_SOURCE_RESOURCES="${PROJECT_SOURCE_DIR}/resources"
     ZR_BUILD_RESOURCES="${PROJECT_BINARY_DIR}/resources"
     ZR_INSTALL_RESOURCES="${CMAKE_INSTALL_FULL_DATADIR}/zrbase")
+# Calls between the library's own exported functions go straight to them (and may be inlined) instead of through
+# the procedure linkage table: nothing is meant to interpose them.
+target_compile_options(zrbase PRIVATE -fno-semantic-interposition)
 target_include_directories(zrbase PUBLIC
     $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/zrbase>)
