@@ -7,13 +7,16 @@
 
 // Times our operation and a reference side by side in every iteration, so that both see the same machine state,
 // and reports "ratio" = reference time / our time: 1 means as fast as the reference, 0.5 half as fast.
-// The benchmark's own time is ours (register it with UseManualTime()).
-template <typename Ours, typename Reference>
-void ZRBenchmarkRatio(benchmark::State& state, Ours&& ours, Reference&& reference, int64_t bytesPerIteration = 0)
+// The benchmark's own time is ours (register it with UseManualTime()). `prepare` runs untimed before each
+// iteration, for operations that change their data in place and would otherwise drift with every pass.
+template <typename Prepare, typename Ours, typename Reference>
+void ZRBenchmarkRatio(
+    benchmark::State& state, Prepare&& prepare, Ours&& ours, Reference&& reference, int64_t bytesPerIteration)
 {
     using Clock = std::chrono::steady_clock;
     Clock::duration oursTotal {}, referenceTotal {};
     for (auto _ : state) {
+        prepare();
         const auto start = Clock::now();
         ours();
         const auto middle = Clock::now();
@@ -28,4 +31,10 @@ void ZRBenchmarkRatio(benchmark::State& state, Ours&& ours, Reference&& referenc
     state.counters["ratio"] = oursTotal.count() > 0
         ? static_cast<double>(referenceTotal.count()) / static_cast<double>(oursTotal.count())
         : 0.0;
+}
+
+template <typename Ours, typename Reference>
+void ZRBenchmarkRatio(benchmark::State& state, Ours&& ours, Reference&& reference, int64_t bytesPerIteration = 0)
+{
+    ZRBenchmarkRatio(state, [] {}, ours, reference, bytesPerIteration);
 }

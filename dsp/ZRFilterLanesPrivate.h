@@ -45,16 +45,19 @@ namespace ZRFilterLoop {
 [[gnu::always_inline]] inline void transpose(ZRFilterVector (&m)[8]) noexcept
 {
     ZRFilterVector t[8], u[8];
+#pragma GCC unroll 8
     for (int i = 0; i < 8; i += 2) {
         t[i] = __builtin_shufflevector(m[i], m[i + 1], 0, 8, 1, 9, 4, 12, 5, 13);
         t[i + 1] = __builtin_shufflevector(m[i], m[i + 1], 2, 10, 3, 11, 6, 14, 7, 15);
     }
+#pragma GCC unroll 8
     for (int i = 0; i < 8; i += 4) {
         u[i] = __builtin_shufflevector(t[i], t[i + 2], 0, 1, 8, 9, 4, 5, 12, 13);
         u[i + 1] = __builtin_shufflevector(t[i], t[i + 2], 2, 3, 10, 11, 6, 7, 14, 15);
         u[i + 2] = __builtin_shufflevector(t[i + 1], t[i + 3], 0, 1, 8, 9, 4, 5, 12, 13);
         u[i + 3] = __builtin_shufflevector(t[i + 1], t[i + 3], 2, 3, 10, 11, 6, 7, 14, 15);
     }
+#pragma GCC unroll 8
     for (int i = 0; i < 4; ++i) {
         m[i] = __builtin_shufflevector(u[i], u[i + 4], 0, 1, 2, 3, 8, 9, 10, 11);
         m[i + 4] = __builtin_shufflevector(u[i], u[i + 4], 4, 5, 6, 7, 12, 13, 14, 15);
@@ -62,21 +65,25 @@ namespace ZRFilterLoop {
 }
 
 // Runs step(state, sample) over every frame of the lanes; the state is `Slots` values per channel, kept in its
-// history between calls. Lanes without a channel filter silence from a block that is zeroed before every use, so
-// that their state stays where silence leaves it and can never slow the others down with denormal numbers.
+// history between calls. Lanes without a channel filter silence into a scratch block, so that their state stays
+// where silence leaves it and can never slow the others down with denormal numbers.
 template <size_t Slots, typename Step>
 [[gnu::always_inline]] inline void runLanes(const ZRFilterLanes& lanes, Step step) noexcept
 {
-    float spare[ZRFilterLaneCount];
-    float spareHistory[Slots] = {};
-    float* at[ZRFilterLaneCount];
+    static constexpr float silence[ZRFilterLaneCount] = {};
+    float scratch[ZRFilterLaneCount];
+    float scratchHistory[Slots] = {};
+    const float* from[ZRFilterLaneCount];
+    float* to[ZRFilterLaneCount];
     size_t advance[ZRFilterLaneCount];
     ZRFilterVector state[Slots];
+#pragma GCC unroll 8
     for (uint32_t lane = 0; lane < ZRFilterLaneCount; ++lane) {
         const bool used = lane < lanes.used;
-        at[lane] = used ? lanes.samples[lane] : spare;
+        from[lane] = used ? lanes.samples[lane] : silence;
+        to[lane] = used ? lanes.samples[lane] : scratch;
         advance[lane] = used ? ZRFilterLaneCount : 0;
-        const float* history = used ? lanes.history[lane] : spareHistory;
+        const float* history = used ? lanes.history[lane] : scratchHistory;
         for (size_t slot = 0; slot < Slots; ++slot)
             state[slot][lane] = history[slot];
     }
@@ -84,27 +91,32 @@ template <size_t Slots, typename Step>
     const uint32_t frames = lanes.frames;
     uint32_t frame = 0;
     for (; frames - frame >= ZRFilterLaneCount; frame += ZRFilterLaneCount) {
-        std::fill_n(spare, ZRFilterLaneCount, 0.0f);
         ZRFilterVector block[8];
-        for (uint32_t lane = 0; lane < ZRFilterLaneCount; ++lane)
-            load(block[lane], at[lane]);
+#pragma GCC unroll 8
+        for (uint32_t lane = 0; lane < ZRFilterLaneCount; ++lane) {
+            load(block[lane], from[lane]);
+            from[lane] += advance[lane];
+        }
         transpose(block);
+#pragma GCC unroll 8
         for (auto& samples : block)
             step(state, samples);
         transpose(block);
+#pragma GCC unroll 8
         for (uint32_t lane = 0; lane < ZRFilterLaneCount; ++lane) {
-            store(at[lane], block[lane]);
-            at[lane] += advance[lane];
+            store(to[lane], block[lane]);
+            to[lane] += advance[lane];
         }
     }
-    std::fill_n(spare, ZRFilterLaneCount, 0.0f);
     for (uint32_t tail = 0; frame + tail < frames; ++tail) {
         ZRFilterVector samples;
+#pragma GCC unroll 8
         for (uint32_t lane = 0; lane < ZRFilterLaneCount; ++lane)
-            samples[lane] = at[lane][tail];
+            samples[lane] = from[lane][advance[lane] ? tail : 0];
         step(state, samples);
+#pragma GCC unroll 8
         for (uint32_t lane = 0; lane < ZRFilterLaneCount; ++lane)
-            at[lane][tail] = samples[lane];
+            to[lane][advance[lane] ? tail : 0] = samples[lane];
     }
 
     for (uint32_t lane = 0; lane < lanes.used; ++lane) {
