@@ -3,7 +3,7 @@
 #include "core/ZRError.h"
 
 // Failures of storing into and retrieving from the circular audio buffer. The buffer fills in the frames asked
-// for and the frames it holds before handing the error out; only log() reads them.
+// for and the frames it holds before handing the error out.
 class ZR_EXPORT ZRCircularAudioBufferError : public ZRErrorDomain<ZRCircularAudioBufferError> {
 public:
     static constexpr const char* className = "ZRCircularAudioBufferError";
@@ -17,6 +17,10 @@ public:
     void setRequestedLength(uint32_t length) noexcept { _requestedLength = length; }
     void setAvailableLocation(uint64_t location) noexcept { _availableLocation = location; }
     void setAvailableLength(uint32_t length) noexcept { _availableLength = length; }
+    uint64_t requestedLocation() const noexcept { return _requestedLocation; }
+    uint32_t requestedLength() const noexcept { return _requestedLength; }
+    uint64_t availableLocation() const noexcept { return _availableLocation; }
+    uint32_t availableLength() const noexcept { return _availableLength; }
 
     // Writes "**Error: [first-end] available, asked for [first-end]" to the console, each range as its first
     // frame and one past its last.

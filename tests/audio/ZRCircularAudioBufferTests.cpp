@@ -115,6 +115,12 @@ TEST(ZRCircularAudioBuffer, reportsFailuresAndWarningsWithTheFramesAskedForAndAv
     error->log();
     EXPECT_NE(testing::internal::GetCapturedStderr().find("**Error: [104-112] available, asked for [113-117]"),
         std::string::npos);
+    const auto fields = std::dynamic_pointer_cast<const ZRCircularAudioBufferError>(error);
+    ASSERT_TRUE(fields);
+    EXPECT_EQ(fields->requestedLocation(), 113u);
+    EXPECT_EQ(fields->requestedLength(), 4u);
+    EXPECT_EQ(fields->availableLocation(), 104u);
+    EXPECT_EQ(fields->availableLength(), 8u);
 
     // Stores: a gap and an overlap are written as if continuous and answer true; wrong shapes fail.
     error = nullptr;
