@@ -54,7 +54,8 @@ constexpr float arctangentCoefficients[] = { -0.004559791986f, 0.0237805186f, -0
     angle = xBits < 0 ? pi - angle : angle;
     angle = (ZRFloat8)((ZRInt8)angle | (yBits & INT_MIN));
     // The guards above can turn a NaN into an angle; a NaN in gives a NaN out.
-    y = (x == x) & (y == y) ? angle : x + y;
+    const ZRInt8 ordered = (x == x) & (y == y);
+    y = ordered ? angle : x + y;
 }
 
 // Runs one vector through operation(vector pointers …) when fewer than eight values remain, padded with zeros, so
@@ -101,8 +102,8 @@ ZR_VECTOR_CLONES void windowFrame(
     ZRLoad(high, bins + ZRLanes);
     // Adding +0 makes a zero part +0: the transform's arithmetic leaves zeros of either sign, and silence should
     // have the phase 0 rather than ±π.
-    const ZRFloat8 real = __builtin_shuffle(low, high, ZRInt8 { 0, 2, 4, 6, 8, 10, 12, 14 }) * 2.0f + 0.0f;
-    ZRFloat8 imaginary = __builtin_shuffle(low, high, ZRInt8 { 1, 3, 5, 7, 9, 11, 13, 15 }) * 2.0f + 0.0f;
+    const ZRFloat8 real = __builtin_shufflevector(low, high, 0, 2, 4, 6, 8, 10, 12, 14) * 2.0f + 0.0f;
+    ZRFloat8 imaginary = __builtin_shufflevector(low, high, 1, 3, 5, 7, 9, 11, 13, 15) * 2.0f + 0.0f;
     ZRFloat8 magnitude = real * real + imaginary * imaginary;
     squareRoot(magnitude);
     arctangent(imaginary, real);
