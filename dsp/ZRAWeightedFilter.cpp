@@ -57,10 +57,5 @@ void ZRAWeightedFilter::_computeCoefficients() noexcept
 
 void ZRAWeightedFilter::_filterLanes(const ZRFilterLanes& lanes) noexcept
 {
-    filterLanes(lanes, { _c0, _c1, _c2, _c3, _gain });
-}
-
-void ZRAWeightedFilter::_filterChannel(float* samples, uint32_t frames, float* history) noexcept
-{
-    ZRFilterLoop::runChannel<historySamples>(samples, frames, history, Sections { _c0, _c1, _c2, _c3, _gain });
+    ZRFilterLoop::run<historySamples>(lanes, Sections { _c0, _c1, _c2, _c3, _gain }, filterLanes);
 }

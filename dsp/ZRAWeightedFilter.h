@@ -19,7 +19,6 @@ public:
 protected:
     void _computeCoefficients() noexcept override;
     void _filterLanes(const ZRFilterLanes& lanes) noexcept override;
-    void _filterChannel(float* samples, uint32_t frames, float* history) noexcept override;
 
 private:
     float _c0 = 0.0f, _c1 = 0.0f, _c2 = 0.0f, _c3 = 0.0f;

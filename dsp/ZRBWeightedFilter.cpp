@@ -54,10 +54,5 @@ void ZRBWeightedFilter::_computeCoefficients() noexcept
 
 void ZRBWeightedFilter::_filterLanes(const ZRFilterLanes& lanes) noexcept
 {
-    filterLanes(lanes, { _c0, _c1, _c2, _gain });
-}
-
-void ZRBWeightedFilter::_filterChannel(float* samples, uint32_t frames, float* history) noexcept
-{
-    ZRFilterLoop::runChannel<historySamples>(samples, frames, history, Sections { _c0, _c1, _c2, _gain });
+    ZRFilterLoop::run<historySamples>(lanes, Sections { _c0, _c1, _c2, _gain }, filterLanes);
 }

@@ -112,10 +112,5 @@ void ZRBiquadFilter::_setCoefficients(float c0, float c1, float c2, float c3, fl
 
 void ZRBiquadFilter::_filterLanes(const ZRFilterLanes& lanes) noexcept
 {
-    filterLanes(lanes, { _c[0], _c[1], _c[2], _c[3], _c[4] });
-}
-
-void ZRBiquadFilter::_filterChannel(float* samples, uint32_t frames, float* history) noexcept
-{
-    ZRFilterLoop::runChannel<historySamples>(samples, frames, history, Coefficients { _c[0], _c[1], _c[2], _c[3], _c[4] });
+    ZRFilterLoop::run<historySamples>(lanes, Coefficients { _c[0], _c[1], _c[2], _c[3], _c[4] }, filterLanes);
 }

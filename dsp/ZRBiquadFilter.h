@@ -61,7 +61,6 @@ protected:
     virtual void _updateCoefficients() noexcept { }
 
     void _filterLanes(const ZRFilterLanes& lanes) noexcept override;
-    void _filterChannel(float* samples, uint32_t frames, float* history) noexcept override;
 
 private:
     float _frequency = 1000.0f;

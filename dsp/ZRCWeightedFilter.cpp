@@ -48,9 +48,7 @@ void ZRCWeightedFilter::_computeCoefficients() noexcept
     _gain = float(double(lowCutGain(low.w)) * 1.007);
 }
 
-void ZRCWeightedFilter::_filterLanes(const ZRFilterLanes& lanes) noexcept { filterLanes(lanes, { _c0, _c1, _gain }); }
-
-void ZRCWeightedFilter::_filterChannel(float* samples, uint32_t frames, float* history) noexcept
+void ZRCWeightedFilter::_filterLanes(const ZRFilterLanes& lanes) noexcept
 {
-    ZRFilterLoop::runChannel<historySamples>(samples, frames, history, Sections { _c0, _c1, _gain });
+    ZRFilterLoop::run<historySamples>(lanes, Sections { _c0, _c1, _gain }, filterLanes);
 }

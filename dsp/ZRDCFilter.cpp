@@ -57,9 +57,7 @@ void ZRDCFilter::filter(ZRNativeAudioBuffer& buffer) noexcept
     }
 }
 
-void ZRDCFilter::_filterLanes(const ZRFilterLanes& lanes) noexcept { filterLanes(lanes, { _c0 }); }
-
-void ZRDCFilter::_filterChannel(float* samples, uint32_t frames, float* history) noexcept
+void ZRDCFilter::_filterLanes(const ZRFilterLanes& lanes) noexcept
 {
-    ZRFilterLoop::runChannel<historySamples>(samples, frames, history, Pole { _c0 });
+    ZRFilterLoop::run<historySamples>(lanes, Pole { _c0 }, filterLanes);
 }

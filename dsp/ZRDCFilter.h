@@ -26,7 +26,6 @@ public:
 
 protected:
     void _filterLanes(const ZRFilterLanes& lanes) noexcept override;
-    void _filterChannel(float* samples, uint32_t frames, float* history) noexcept override;
 
 private:
     float _c0 = 0.0f;

@@ -127,15 +127,11 @@ void ZRFilter::_filterChannels(ZRNativeAudioBuffer& buffer, uint32_t channels) n
             lanes.used = 0;
         }
     }
-    if (lanes.used == 1)
-        _filterChannel(lanes.samples[0], lanes.frames, lanes.history[0]);
-    else if (lanes.used > 1)
+    if (lanes.used > 0)
         _filterLanes(lanes);
 }
 
 void ZRFilter::_filterLanes(const ZRFilterLanes&) noexcept { }
-
-void ZRFilter::_filterChannel(float*, uint32_t, float*) noexcept { }
 
 void ZRFilter::_read(const ZRDictionary& state, std::string_view key, float& value) noexcept
 {

@@ -90,11 +90,10 @@ protected:
     // The channel's samples when it has all of the buffer's frames, else null.
     static float* _samples(const ZRNativeAudioBuffer& buffer, uint32_t channel) noexcept;
 
-    // Filters the first `channels` channels of the buffer: eight at a time side by side in vector lanes through
-    // _filterLanes, a lone remaining channel through _filterChannel. Both must compute the same per sample.
+    // Filters the first `channels` channels of the buffer through _filterLanes, up to eight at a time, which
+    // filters them side by side in vector lanes, or a lone channel on its own, with the same result.
     void _filterChannels(ZRNativeAudioBuffer& buffer, uint32_t channels) noexcept;
     virtual void _filterLanes(const ZRFilterLanes& lanes) noexcept;
-    virtual void _filterChannel(float* samples, uint32_t frames, float* history) noexcept;
 
     // Reads a float, or a boolean, from the dictionary when it holds a number or a string there.
     static void _read(const ZRDictionary& state, std::string_view key, float& value) noexcept;
