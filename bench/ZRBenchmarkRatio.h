@@ -36,5 +36,6 @@ void ZRBenchmarkRatio(
 template <typename Ours, typename Reference>
 void ZRBenchmarkRatio(benchmark::State& state, Ours&& ours, Reference&& reference, int64_t bytesPerIteration = 0)
 {
-    ZRBenchmarkRatio(state, [] {}, ours, reference, bytesPerIteration);
+    ZRBenchmarkRatio(
+        state, [] {}, ours, reference, bytesPerIteration);
 }

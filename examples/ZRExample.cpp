@@ -18,8 +18,8 @@ int main(int argc, char** argv)
     ZRApplicationLog::setActive(true);
     ZRApplicationLog::setThreshold(ZRLogLevelInfo, "Example");
 
-    std::puts(ZRStringWithFormat("%@ (code %@), support folder %@", application.name(), application.code(),
-        application.supportDirectory())
+    std::puts(ZRStringWithFormat(
+        "%@ (code %@), support folder %@", application.name(), application.code(), application.supportDirectory())
                   .c_str());
 
     // A data file of the application: a header word and a take number, read back by position.

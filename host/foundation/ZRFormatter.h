@@ -17,8 +17,7 @@ public:
     // Reads the value from the text into `value`; false when the text does not read, `value` then unchanged.
     // `errorDescription`, where given, may receive the reason.
     virtual bool getObjectValue(
-        ZRPropertyList& value, std::string_view text, std::string* errorDescription = nullptr) const
-        = 0;
+        ZRPropertyList& value, std::string_view text, std::string* errorDescription = nullptr) const = 0;
     // Whether the text may stand while the user is still typing; `newEditingString`, where given, may receive a
     // replacement. Every text may stand unless a formatter says otherwise.
     virtual bool isPartialStringValid(

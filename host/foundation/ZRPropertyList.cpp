@@ -618,8 +618,7 @@ bool ZRPropertyList::boolValue() const noexcept
 }
 
 // Integers convert as C converts them (wrapping), reals and strings saturate.
-template <typename T>
-T ZRPropertyList::_integerValue() const noexcept
+template <typename T> T ZRPropertyList::_integerValue() const noexcept
 {
     if (const std::string* text = std::get_if<std::string>(&_value))
         return clampScanned<T>(scanInteger(*text));

@@ -92,8 +92,7 @@ public:
     bool writeToFile(const std::string& path, Format format = Format::XML, std::string* failure = nullptr) const;
 
 private:
-    template <typename T>
-    T _integerValue() const noexcept;
+    template <typename T> T _integerValue() const noexcept;
 
     struct Integer {
         uint64_t bits = 0;

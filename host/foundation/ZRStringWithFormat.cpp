@@ -237,8 +237,8 @@ void Formatter::format(std::string_view format)
 // never reaches snprintf.
 template <typename Value> void Formatter::_print(const Directive& directive, const char* lengthModifier, Value value)
 {
-    char specification[40];
-    char* end = specification;
+    char printfFormat[40];
+    char* end = printfFormat;
     *end++ = '%';
     for (const auto& [flag, character] : { std::pair { LeftAlign, '-' }, std::pair { PlusSign, '+' },
              std::pair { SpaceSign, ' ' }, std::pair { Alternate, '#' }, std::pair { ZeroPad, '0' } }) {
@@ -246,10 +246,10 @@ template <typename Value> void Formatter::_print(const Directive& directive, con
             *end++ = character;
     }
     if (directive.width >= 0)
-        end = std::to_chars(end, specification + 20, directive.width).ptr;
+        end = std::to_chars(end, printfFormat + 20, directive.width).ptr;
     if (directive.precision >= 0) {
         *end++ = '.';
-        end = std::to_chars(end, specification + 32, directive.precision).ptr;
+        end = std::to_chars(end, printfFormat + 32, directive.precision).ptr;
     }
     while (*lengthModifier)
         *end++ = *lengthModifier++;
@@ -257,7 +257,7 @@ template <typename Value> void Formatter::_print(const Directive& directive, con
     *end = '\0';
 
     char buffer[128];
-    const int length = std::snprintf(buffer, sizeof buffer, specification, value);
+    const int length = std::snprintf(buffer, sizeof buffer, printfFormat, value);
     if (length < 0)
         return;
     if (static_cast<size_t>(length) < sizeof buffer) {
@@ -266,7 +266,7 @@ template <typename Value> void Formatter::_print(const Directive& directive, con
     }
     const size_t start = _output.size();
     _output.resize(start + static_cast<size_t>(length) + 1);
-    std::snprintf(_output.data() + start, static_cast<size_t>(length) + 1, specification, value);
+    std::snprintf(_output.data() + start, static_cast<size_t>(length) + 1, printfFormat, value);
     _output.resize(start + static_cast<size_t>(length));
 }
 

@@ -17,22 +17,67 @@ class ZR_EXPORT ZRFormatArgument {
 public:
     enum class Kind { String, CString, Signed, Unsigned, Real, Character, Pointer, PropertyList };
 
-    ZRFormatArgument(std::string_view value) noexcept : _kind(Kind::String), _string(value) { }
-    ZRFormatArgument(const std::string& value) noexcept : _kind(Kind::String), _string(value) { }
-    ZRFormatArgument(const char* value) noexcept : _kind(Kind::CString), _string(value ? value : std::string_view()), _isNull(!value) { }
-    ZRFormatArgument(char value) noexcept : _kind(Kind::Character), _unsigned(static_cast<unsigned char>(value)) { }
-    ZRFormatArgument(char16_t value) noexcept : _kind(Kind::Character), _unsigned(value) { }
+    ZRFormatArgument(std::string_view value) noexcept
+        : _kind(Kind::String)
+        , _string(value)
+    {
+    }
+    ZRFormatArgument(const std::string& value) noexcept
+        : _kind(Kind::String)
+        , _string(value)
+    {
+    }
+    ZRFormatArgument(const char* value) noexcept
+        : _kind(Kind::CString)
+        , _string(value ? value : std::string_view())
+        , _isNull(!value)
+    {
+    }
+    ZRFormatArgument(char value) noexcept
+        : _kind(Kind::Character)
+        , _unsigned(static_cast<unsigned char>(value))
+    {
+    }
+    ZRFormatArgument(char16_t value) noexcept
+        : _kind(Kind::Character)
+        , _unsigned(value)
+    {
+    }
     template <std::signed_integral T>
-        requires(!std::same_as<T, char>)
-    ZRFormatArgument(T value) noexcept : _kind(Kind::Signed), _signed(value) { }
+    requires(!std::same_as<T, char>) ZRFormatArgument(T value)
+    noexcept
+        : _kind(Kind::Signed)
+        , _signed(value)
+    {
+    }
     template <std::unsigned_integral T>
-        requires(!std::same_as<T, char16_t> && !std::same_as<T, bool>)
-    ZRFormatArgument(T value) noexcept : _kind(Kind::Unsigned), _unsigned(value) { }
-    ZRFormatArgument(bool value) noexcept : _kind(Kind::Signed), _signed(value ? 1 : 0) { }
+    requires(!std::same_as<T, char16_t> && !std::same_as<T, bool>) ZRFormatArgument(T value)
+    noexcept
+        : _kind(Kind::Unsigned)
+        , _unsigned(value)
+    {
+    }
+    ZRFormatArgument(bool value) noexcept
+        : _kind(Kind::Signed)
+        , _signed(value ? 1 : 0)
+    {
+    }
     template <std::floating_point T>
-    ZRFormatArgument(T value) noexcept : _kind(Kind::Real), _real(static_cast<double>(value)) { }
-    ZRFormatArgument(const void* value) noexcept : _kind(Kind::Pointer), _pointer(value) { }
-    ZRFormatArgument(const ZRPropertyList& value) noexcept : _kind(Kind::PropertyList), _object(&value) { }
+    ZRFormatArgument(T value) noexcept
+        : _kind(Kind::Real)
+        , _real(static_cast<double>(value))
+    {
+    }
+    ZRFormatArgument(const void* value) noexcept
+        : _kind(Kind::Pointer)
+        , _pointer(value)
+    {
+    }
+    ZRFormatArgument(const ZRPropertyList& value) noexcept
+        : _kind(Kind::PropertyList)
+        , _object(&value)
+    {
+    }
 
     Kind kind() const noexcept { return _kind; }
     std::string_view stringValue() const noexcept { return _string; }
@@ -64,8 +109,7 @@ private:
 // locale; widths and precisions above 4096 count as 4096; an unknown directive stays in the text as written.
 ZR_EXPORT std::string ZRStringWithFormatArguments(std::string_view format, std::span<const ZRFormatArgument> arguments);
 
-template <typename... Arguments>
-std::string ZRStringWithFormat(std::string_view format, const Arguments&... arguments)
+template <typename... Arguments> std::string ZRStringWithFormat(std::string_view format, const Arguments&... arguments)
 {
     if constexpr (sizeof...(Arguments) == 0) {
         return ZRStringWithFormatArguments(format, {});
