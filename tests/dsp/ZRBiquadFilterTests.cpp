@@ -1,5 +1,4 @@
 #include "dsp/ZRBandpassFilter.h"
-#include "dsp/ZRHighpassFilter.h"
 #include "dsp/ZRLowpassFilter.h"
 
 #include "support/ZRTestAudioBuffers.h"
@@ -43,21 +42,12 @@ TEST(ZRBiquadFilter, coefficientsWaitForAParameterAndSkipOnlyAnUnchangedRate)
     EXPECT_EQ(filter.c0(), c0);
     EXPECT_EQ(filter.c2(), c0);
 
-    // Unity gain at DC for the low pass, at the Nyquist frequency for the high pass; the band pass has no b1.
-    EXPECT_NEAR((filter.c0() + filter.c1() + filter.c2()) / (1 + filter.c3() + filter.c4()), 1.0f, 1e-5f);
-    ZRHighpassFilter highpass;
-    highpass.setFrequency(500.0f);
-    EXPECT_EQ(highpass.c2(), highpass.c0());
-    EXPECT_NEAR((highpass.c0() - highpass.c1() + highpass.c2()) / (1 - highpass.c3() + highpass.c4()), 1.0f, 1e-5f);
+    // The band pass has no b1 term: its c1 is a true zero.
     ZRBandpassFilter bandpass;
     bandpass.setFrequency(500.0f);
     EXPECT_EQ(std::signbit(bandpass.c1()), false);
     EXPECT_EQ(bandpass.c1(), 0.0f);
     EXPECT_EQ(bandpass.c2(), -bandpass.c0());
-
-    // Degenerate parameters are not guarded: a frequency of 0 gives coefficients that are not numbers.
-    bandpass.setFrequency(0.0f);
-    EXPECT_TRUE(std::isnan(bandpass.c0()));
 }
 
 TEST(ZRBiquadFilter, shortBlocksAreLeftAloneAndABypassedFilterFollowsTheSignal)
