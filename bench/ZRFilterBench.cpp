@@ -70,8 +70,8 @@ void filterChannels(benchmark::State& state, uint32_t type)
             benchmark::ClobberMemory();
         },
         int64_t(channels) * frames * int64_t(sizeof(float)));
-    state.counters["per_sample"] = benchmark::Counter(double(channels) * frames,
-        benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+    state.counters["per_sample"] = benchmark::Counter(
+        double(channels) * frames, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
 const bool registered = [] {

@@ -60,7 +60,8 @@ template <typename S> [[gnu::always_inline]] inline void lowPass(S& state, const
     ZRFilterVector& out, const ZRFilterVector& previous, const ZRFilterVector& latest) noexcept
 {
     const ZRFilterDoubleVector quarter = __builtin_convertvector(previous * 0.25f, ZRFilterDoubleVector);
-    out = __builtin_convertvector(quarter + __builtin_convertvector(latest, ZRFilterDoubleVector) * 0.75, ZRFilterVector);
+    out = __builtin_convertvector(
+        quarter + __builtin_convertvector(latest, ZRFilterDoubleVector) * 0.75, ZRFilterVector);
 }
 
 }

@@ -78,8 +78,8 @@ TEST(ZRBiquadFilter, shortBlocksAreLeftAloneAndABypassedFilterFollowsTheSignal)
     // Switched on, the filter continues from the primed history.
     auto next = ZRTestBufferWithChannels({ { 0.5f, 0.5f } });
     filter.filter(*next);
-    const float expected = 0.5f * filter.c0() + 0.4f * filter.c1() + 0.3f * filter.c2() - 0.4f * filter.c3()
-        - 0.3f * filter.c4();
+    const float expected
+        = 0.5f * filter.c0() + 0.4f * filter.c1() + 0.3f * filter.c2() - 0.4f * filter.c3() - 0.3f * filter.c4();
     EXPECT_EQ(next->sampleValueAtIndex(0), expected);
     EXPECT_EQ(filter.historyChannels(), 1u);
     EXPECT_EQ(filter.y(0, 1), expected);

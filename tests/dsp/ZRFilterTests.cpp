@@ -115,8 +115,8 @@ TEST(ZRFilter, stateCarriesClassActivityAndBiquadParametersAndIgnoresUnusableVal
     lowpass->setActive(false);
     const ZRDictionary state = lowpass->state();
     EXPECT_EQ(state,
-        (ZRDictionary { { "class", "ZRLowpassFilter" }, { "active", false }, { "frequency", 1000.0f },
-            { "bandwidth", 2.0f } }));
+        (ZRDictionary {
+            { "class", "ZRLowpassFilter" }, { "active", false }, { "frequency", 1000.0f }, { "bandwidth", 2.0f } }));
     ZRLowpassFilter copy;
     copy.setState(state);
     auto& original = dynamic_cast<ZRBiquadFilter&>(*lowpass);
