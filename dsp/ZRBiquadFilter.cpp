@@ -29,12 +29,17 @@ ZR_FILTER_CLONES void filterLanes(const ZRFilterLanes& lanes, const Coefficients
     ZRFilterLoop::runLanes<historySamples>(lanes, coefficients);
 }
 
+const ZRFilterClass biquadClass { "ZRBiquadFilter", ZRFilter::NoFilter,
+    []() -> std::unique_ptr<ZRFilter> { return std::make_unique<ZRBiquadFilter>(); } };
+
 }
 
 ZRBiquadFilter::ZRBiquadFilter()
     : ZRFilter(historySamples)
 {
 }
+
+const ZRFilterClass& ZRBiquadFilter::filterClass() const noexcept { return biquadClass; }
 
 void ZRBiquadFilter::setFrequency(float frequency) noexcept
 {

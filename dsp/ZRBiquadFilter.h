@@ -14,6 +14,8 @@ class ZR_EXPORT ZRBiquadFilter : public ZRFilter {
 public:
     // 1000 Hz, two octaves, 48000 Hz; the coefficients are not computed yet.
     ZRBiquadFilter();
+    // Of no type in the table; its subclasses are.
+    const ZRFilterClass& filterClass() const noexcept override;
 
     // The corner frequency (low and high pass) or the centre frequency (band pass) in Hz.
     float frequency() const noexcept { return _frequency; }

@@ -107,6 +107,7 @@ TEST(ZRFilter, typeTableMakesEachClassAndTheBaseFiltersNothing)
     base.filter(*buffer);
     EXPECT_EQ(ZRTestSamplesOfChannel(*buffer, 0), (std::vector<float> { 0.5f, -0.5f, 1.0f }));
     EXPECT_EQ(base.state(), (ZRDictionary { { "class", "ZRFilter" }, { "active", true } }));
+    EXPECT_EQ(ZRBiquadFilter().state().at("class"), "ZRBiquadFilter");
 }
 
 TEST(ZRFilter, stateCarriesClassActivityAndBiquadParametersAndIgnoresUnusableValues)
