@@ -28,7 +28,7 @@ struct Sections {
     }
 };
 
-ZR_FILTER_CLONES void filterLanes(const ZRFilterLanes& lanes, const Sections& sections) noexcept
+ZR_FILTER_CLONES void aWeightingLanes(const ZRFilterLanes& lanes, const Sections& sections) noexcept
 {
     ZRFilterLoop::runLanes<historySamples>(lanes, sections);
 }
@@ -57,5 +57,5 @@ void ZRAWeightedFilter::_computeCoefficients() noexcept
 
 void ZRAWeightedFilter::_filterLanes(const ZRFilterLanes& lanes) noexcept
 {
-    ZRFilterLoop::run<historySamples>(lanes, Sections { _c0, _c1, _c2, _c3, _gain }, filterLanes);
+    ZRFilterLoop::run<historySamples>(lanes, Sections { _c0, _c1, _c2, _c3, _gain }, aWeightingLanes);
 }

@@ -27,7 +27,7 @@ struct Sections {
     }
 };
 
-ZR_FILTER_CLONES void filterLanes(const ZRFilterLanes& lanes, const Sections& sections) noexcept
+ZR_FILTER_CLONES void bWeightingLanes(const ZRFilterLanes& lanes, const Sections& sections) noexcept
 {
     ZRFilterLoop::runLanes<historySamples>(lanes, sections);
 }
@@ -54,5 +54,5 @@ void ZRBWeightedFilter::_computeCoefficients() noexcept
 
 void ZRBWeightedFilter::_filterLanes(const ZRFilterLanes& lanes) noexcept
 {
-    ZRFilterLoop::run<historySamples>(lanes, Sections { _c0, _c1, _c2, _gain }, filterLanes);
+    ZRFilterLoop::run<historySamples>(lanes, Sections { _c0, _c1, _c2, _gain }, bWeightingLanes);
 }

@@ -25,7 +25,7 @@ struct Sections {
     }
 };
 
-ZR_FILTER_CLONES void filterLanes(const ZRFilterLanes& lanes, const Sections& sections) noexcept
+ZR_FILTER_CLONES void cWeightingLanes(const ZRFilterLanes& lanes, const Sections& sections) noexcept
 {
     ZRFilterLoop::runLanes<historySamples>(lanes, sections);
 }
@@ -50,5 +50,5 @@ void ZRCWeightedFilter::_computeCoefficients() noexcept
 
 void ZRCWeightedFilter::_filterLanes(const ZRFilterLanes& lanes) noexcept
 {
-    ZRFilterLoop::run<historySamples>(lanes, Sections { _c0, _c1, _gain }, filterLanes);
+    ZRFilterLoop::run<historySamples>(lanes, Sections { _c0, _c1, _gain }, cWeightingLanes);
 }

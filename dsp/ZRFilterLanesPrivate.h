@@ -16,6 +16,8 @@
 using ZRFilterVector = float __attribute__((vector_size(32)));
 using ZRFilterDoubleVector = double __attribute__((vector_size(64)));
 
+// An entry point built this way needs a name no other file uses, even inside an anonymous namespace: clang gives
+// the resolver that picks the build an external symbol named after the function.
 #define ZR_FILTER_CLONES [[gnu::target_clones("avx2", "default")]]
 
 constexpr uint32_t ZRFilterLaneCount = 8;
