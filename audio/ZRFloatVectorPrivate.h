@@ -14,6 +14,8 @@ using ZRInt8 = int32_t __attribute__((vector_size(32)));
 inline constexpr size_t ZRLanes = 8;
 inline constexpr size_t ZRStep = 4 * ZRLanes;
 
+// An entry point built this way needs a name no other file of the library uses, even inside an anonymous
+// namespace: clang gives the resolver that picks the build an external symbol named after the function.
 #define ZR_VECTOR_CLONES [[gnu::target_clones("avx2", "default")]]
 
 [[gnu::always_inline]] inline void ZRLoad(ZRFloat8& vector, const float* samples) noexcept

@@ -1,5 +1,6 @@
 #include "audio/ZRNativeAudioBuffer.h"
 
+#include "audio/ZRFloatVectorPrivate.h"
 #include "host/foundation/ZRLocalizedString.h"
 
 #include <algorithm>
@@ -10,45 +11,16 @@
 
 namespace {
 
-// The hot loops work on vectors of eight floats, four of them at a time so that four independent operations are
-// in flight. Each entry point is compiled twice (target_clones): for AVX2, which holds a vector in one register,
-// and for the baseline, which holds it in two; both do the same lane-wise arithmetic and so give the same float
-// results. That arithmetic matches a plain loop exactly, except that sums group their terms by lane (see sum()).
-// Vectors never pass by value between functions, which would make the two builds' calling conventions differ.
-using ZRFloat8 = float __attribute__((vector_size(32)));
-using ZRInt8 = int32_t __attribute__((vector_size(32)));
-constexpr size_t ZRLanes = 8;
-constexpr size_t ZRStep = 4 * ZRLanes;
-
-#define ZR_VECTOR_CLONES [[gnu::target_clones("avx2", "default")]]
+// The loops' arithmetic matches a plain loop exactly, except that sums group their terms by lane (see sum()).
 
 // AES17 reads a sine's RMS 3 dB up, so that a full-scale sine reads 0 dB.
 const double ZRAES17Gain = std::pow(10.0, 0.15);
-
-[[gnu::always_inline]] inline void load(ZRFloat8& vector, const float* samples) noexcept
-{
-    std::memcpy(&vector, samples, sizeof vector);
-}
-
-[[gnu::always_inline]] inline void store(float* samples, const ZRFloat8& vector) noexcept
-{
-    std::memcpy(samples, &vector, sizeof vector);
-}
 
 [[gnu::always_inline]] inline bool anyLane(const ZRInt8& mask) noexcept
 {
     uint64_t quarters[4];
     std::memcpy(quarters, &mask, sizeof quarters);
     return (quarters[0] | quarters[1] | quarters[2] | quarters[3]) != 0;
-}
-
-// Runs body(0) … body(3), one call for each vector of a step, written out so that the four stay independent.
-template <typename Body> [[gnu::always_inline]] inline void forEachVector(Body body) noexcept
-{
-    body(0);
-    body(1);
-    body(2);
-    body(3);
 }
 
 // Every sample goes through operation(x), which changes a float or a ZRFloat8 in place.
@@ -59,11 +31,11 @@ template <typename Operation>
     const size_t count = samples.size();
     size_t i = 0;
     for (; i + ZRStep <= count; i += ZRStep) {
-        forEachVector([&](size_t k) {
+        ZRForEachVector([&](size_t k) {
             ZRFloat8 vector;
-            load(vector, at + i + k * ZRLanes);
+            ZRLoad(vector, at + i + k * ZRLanes);
             operation(vector);
-            store(at + i + k * ZRLanes, vector);
+            ZRStore(at + i + k * ZRLanes, vector);
         });
     }
     for (; i < count; ++i)
@@ -79,12 +51,12 @@ template <typename Operation>
     const size_t count = samples.size();
     size_t i = 0;
     for (; i + ZRStep <= count; i += ZRStep) {
-        forEachVector([&](size_t k) {
+        ZRForEachVector([&](size_t k) {
             ZRFloat8 vector, otherVector;
-            load(vector, at + i + k * ZRLanes);
-            load(otherVector, other + i + k * ZRLanes);
+            ZRLoad(vector, at + i + k * ZRLanes);
+            ZRLoad(otherVector, other + i + k * ZRLanes);
             operation(vector, otherVector);
-            store(at + i + k * ZRLanes, vector);
+            ZRStore(at + i + k * ZRLanes, vector);
         });
     }
     for (; i < count; ++i)
@@ -104,9 +76,9 @@ template <typename Term> [[gnu::always_inline]] inline double sum(std::span<cons
         const size_t end = std::min(count, i + block);
         ZRFloat8 sums[4] = {};
         for (; i + ZRStep <= end; i += ZRStep) {
-            forEachVector([&](size_t k) {
+            ZRForEachVector([&](size_t k) {
                 ZRFloat8 vector;
-                load(vector, at + i + k * ZRLanes);
+                ZRLoad(vector, at + i + k * ZRLanes);
                 term(vector);
                 sums[k] += vector;
             });
@@ -136,9 +108,9 @@ template <typename Term, typename Pick>
     ZRFloat8 winners[4] = { initial, initial, initial, initial };
     size_t i = 0;
     for (; i + ZRStep <= count; i += ZRStep) {
-        forEachVector([&](size_t k) {
+        ZRForEachVector([&](size_t k) {
             ZRFloat8 vector;
-            load(vector, at + i + k * ZRLanes);
+            ZRLoad(vector, at + i + k * ZRLanes);
             term(vector);
             pick(winners[k], vector);
         });
@@ -209,14 +181,14 @@ ZR_VECTOR_CLONES void rampSamples(std::span<float> samples, float start, float s
     size_t i = 0;
     for (; i + 2 * ZRLanes <= count; i += 2 * ZRLanes) {
         ZRFloat8 a, b;
-        load(a, x + i);
-        load(b, x + i + ZRLanes);
+        ZRLoad(a, x + i);
+        ZRLoad(b, x + i + ZRLanes);
         a *= start + __builtin_convertvector(frame, ZRFloat8) * step;
         frame += int32_t(ZRLanes);
         b *= start + __builtin_convertvector(frame, ZRFloat8) * step;
         frame += int32_t(ZRLanes);
-        store(x + i, a);
-        store(x + i + ZRLanes, b);
+        ZRStore(x + i, a);
+        ZRStore(x + i + ZRLanes, b);
     }
     for (; i < count; ++i)
         x[i] *= start + float(int32_t(i)) * step;
@@ -229,10 +201,10 @@ ZR_VECTOR_CLONES void reverseSamples(std::span<float> samples) noexcept
     while (high - low >= std::ptrdiff_t(2 * ZRLanes)) {
         high -= ZRLanes;
         ZRFloat8 front, back;
-        load(front, low);
-        load(back, high);
-        store(low, __builtin_shufflevector(back, back, 7, 6, 5, 4, 3, 2, 1, 0));
-        store(high, __builtin_shufflevector(front, front, 7, 6, 5, 4, 3, 2, 1, 0));
+        ZRLoad(front, low);
+        ZRLoad(back, high);
+        ZRStore(low, __builtin_shufflevector(back, back, 7, 6, 5, 4, 3, 2, 1, 0));
+        ZRStore(high, __builtin_shufflevector(front, front, 7, 6, 5, 4, 3, 2, 1, 0));
         low += ZRLanes;
     }
     std::reverse(low, high);
@@ -269,9 +241,9 @@ ZR_VECTOR_CLONES bool hasTwoConsecutiveAtOrAbove(std::span<const float> samples,
         ZRInt8 found[4] = {};
         size_t i = start;
         for (; i + ZRStep <= end; i += ZRStep) {
-            forEachVector([&](size_t k) {
+            ZRForEachVector([&](size_t k) {
                 ZRFloat8 vector;
-                load(vector, at + i + k * ZRLanes);
+                ZRLoad(vector, at + i + k * ZRLanes);
                 found[k] |= vector >= level;
             });
         }

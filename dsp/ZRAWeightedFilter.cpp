@@ -28,7 +28,7 @@ struct Sections {
     }
 };
 
-ZR_FILTER_CLONES void aWeightingLanes(const ZRFilterLanes& lanes, const Sections& sections) noexcept
+ZR_VECTOR_CLONES void aWeightingLanes(const ZRFilterLanes& lanes, const Sections& sections) noexcept
 {
     ZRFilterLoop::runLanes<historySamples>(lanes, sections);
 }

@@ -27,7 +27,7 @@ struct Sections {
     }
 };
 
-ZR_FILTER_CLONES void bWeightingLanes(const ZRFilterLanes& lanes, const Sections& sections) noexcept
+ZR_VECTOR_CLONES void bWeightingLanes(const ZRFilterLanes& lanes, const Sections& sections) noexcept
 {
     ZRFilterLoop::runLanes<historySamples>(lanes, sections);
 }

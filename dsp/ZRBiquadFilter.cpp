@@ -24,7 +24,7 @@ struct Coefficients {
     }
 };
 
-ZR_FILTER_CLONES void filterLanes(const ZRFilterLanes& lanes, const Coefficients& coefficients) noexcept
+ZR_VECTOR_CLONES void biquadLanes(const ZRFilterLanes& lanes, const Coefficients& coefficients) noexcept
 {
     ZRFilterLoop::runLanes<historySamples>(lanes, coefficients);
 }
@@ -117,5 +117,5 @@ void ZRBiquadFilter::_setCoefficients(float c0, float c1, float c2, float c3, fl
 
 void ZRBiquadFilter::_filterLanes(const ZRFilterLanes& lanes) noexcept
 {
-    ZRFilterLoop::run<historySamples>(lanes, Coefficients { _c[0], _c[1], _c[2], _c[3], _c[4] }, filterLanes);
+    ZRFilterLoop::run<historySamples>(lanes, Coefficients { _c[0], _c[1], _c[2], _c[3], _c[4] }, biquadLanes);
 }

@@ -25,7 +25,7 @@ struct Sections {
     }
 };
 
-ZR_FILTER_CLONES void cWeightingLanes(const ZRFilterLanes& lanes, const Sections& sections) noexcept
+ZR_VECTOR_CLONES void cWeightingLanes(const ZRFilterLanes& lanes, const Sections& sections) noexcept
 {
     ZRFilterLoop::runLanes<historySamples>(lanes, sections);
 }

@@ -20,7 +20,7 @@ struct Pole {
     }
 };
 
-ZR_FILTER_CLONES void filterLanes(const ZRFilterLanes& lanes, const Pole& pole) noexcept
+ZR_VECTOR_CLONES void dcLanes(const ZRFilterLanes& lanes, const Pole& pole) noexcept
 {
     ZRFilterLoop::runLanes<historySamples>(lanes, pole);
 }
@@ -59,5 +59,5 @@ void ZRDCFilter::filter(ZRNativeAudioBuffer& buffer) noexcept
 
 void ZRDCFilter::_filterLanes(const ZRFilterLanes& lanes) noexcept
 {
-    ZRFilterLoop::run<historySamples>(lanes, Pole { _c0 }, filterLanes);
+    ZRFilterLoop::run<historySamples>(lanes, Pole { _c0 }, dcLanes);
 }

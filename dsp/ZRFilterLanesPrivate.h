@@ -1,5 +1,7 @@
 #pragma once
 
+#include "audio/ZRFloatVectorPrivate.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -13,14 +15,9 @@
 //
 // Vectors are passed by reference only, so that the two builds of an entry point agree on how they are passed.
 
-using ZRFilterVector = float __attribute__((vector_size(32)));
-using ZRFilterDoubleVector = double __attribute__((vector_size(64)));
+using ZRDouble8 = double __attribute__((vector_size(64)));
 
-// An entry point built this way needs a name no other file uses, even inside an anonymous namespace: clang gives
-// the resolver that picks the build an external symbol named after the function.
-#define ZR_FILTER_CLONES [[gnu::target_clones("avx2", "default")]]
-
-constexpr uint32_t ZRFilterLaneCount = 8;
+constexpr uint32_t ZRFilterLaneCount = ZRLanes;
 
 // Up to eight channels of one buffer, each with its samples and its history, filtered together.
 struct ZRFilterLanes {
@@ -32,21 +29,11 @@ struct ZRFilterLanes {
 
 namespace ZRFilterLoop {
 
-[[gnu::always_inline]] inline void load(ZRFilterVector& vector, const float* samples) noexcept
-{
-    std::memcpy(&vector, samples, sizeof vector);
-}
-
-[[gnu::always_inline]] inline void store(float* samples, const ZRFilterVector& vector) noexcept
-{
-    std::memcpy(samples, &vector, sizeof vector);
-}
-
 // Rows of eight frames of eight channels become columns of eight channels at one frame, and back: the transpose
 // is its own inverse.
-[[gnu::always_inline]] inline void transpose(ZRFilterVector (&m)[8]) noexcept
+[[gnu::always_inline]] inline void transpose(ZRFloat8 (&m)[8]) noexcept
 {
-    ZRFilterVector t[8], u[8];
+    ZRFloat8 t[8], u[8];
 #pragma GCC unroll 8
     for (int i = 0; i < 8; i += 2) {
         t[i] = __builtin_shufflevector(m[i], m[i + 1], 0, 8, 1, 9, 4, 12, 5, 13);
@@ -78,7 +65,7 @@ template <size_t Slots, typename Step>
     const float* from[ZRFilterLaneCount];
     float* to[ZRFilterLaneCount];
     size_t advance[ZRFilterLaneCount];
-    ZRFilterVector state[Slots];
+    ZRFloat8 state[Slots];
 #pragma GCC unroll 8
     for (uint32_t lane = 0; lane < ZRFilterLaneCount; ++lane) {
         const bool used = lane < lanes.used;
@@ -93,10 +80,10 @@ template <size_t Slots, typename Step>
     const uint32_t frames = lanes.frames;
     uint32_t frame = 0;
     for (; frames - frame >= ZRFilterLaneCount; frame += ZRFilterLaneCount) {
-        ZRFilterVector block[8];
+        ZRFloat8 block[8];
 #pragma GCC unroll 8
         for (uint32_t lane = 0; lane < ZRFilterLaneCount; ++lane) {
-            load(block[lane], from[lane]);
+            ZRLoad(block[lane], from[lane]);
             from[lane] += advance[lane];
         }
         transpose(block);
@@ -106,12 +93,12 @@ template <size_t Slots, typename Step>
         transpose(block);
 #pragma GCC unroll 8
         for (uint32_t lane = 0; lane < ZRFilterLaneCount; ++lane) {
-            store(to[lane], block[lane]);
+            ZRStore(to[lane], block[lane]);
             to[lane] += advance[lane];
         }
     }
     for (uint32_t tail = 0; frame + tail < frames; ++tail) {
-        ZRFilterVector samples;
+        ZRFloat8 samples;
 #pragma GCC unroll 8
         for (uint32_t lane = 0; lane < ZRFilterLaneCount; ++lane)
             samples[lane] = from[lane][advance[lane] ? tail : 0];
@@ -128,7 +115,7 @@ template <size_t Slots, typename Step>
 }
 
 // A lone channel goes sample by sample: in a vector it would take as long, with seven lanes idle. More channels go
-// to `vectorised`, a function built with ZR_FILTER_CLONES around runLanes.
+// to `vectorised`, a function built with ZR_VECTOR_CLONES around runLanes.
 template <size_t Slots, typename Step>
 inline void run(const ZRFilterLanes& lanes, const Step& step,
     void (*vectorised)(const ZRFilterLanes&, const Step&) noexcept) noexcept

@@ -57,11 +57,11 @@ template <typename S> [[gnu::always_inline]] inline void lowPass(S& state, const
 }
 
 [[gnu::always_inline]] inline void mix(
-    ZRFilterVector& out, const ZRFilterVector& previous, const ZRFilterVector& latest) noexcept
+    ZRFloat8& out, const ZRFloat8& previous, const ZRFloat8& latest) noexcept
 {
-    const ZRFilterDoubleVector quarter = __builtin_convertvector(previous * 0.25f, ZRFilterDoubleVector);
+    const ZRDouble8 quarter = __builtin_convertvector(previous * 0.25f, ZRDouble8);
     out = __builtin_convertvector(
-        quarter + __builtin_convertvector(latest, ZRFilterDoubleVector) * 0.75, ZRFilterVector);
+        quarter + __builtin_convertvector(latest, ZRDouble8) * 0.75, ZRFloat8);
 }
 
 }
