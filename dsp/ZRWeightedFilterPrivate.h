@@ -56,12 +56,10 @@ template <typename S> [[gnu::always_inline]] inline void lowPass(S& state, const
     out = float(double(previous * 0.25f) + double(latest) * 0.75);
 }
 
-[[gnu::always_inline]] inline void mix(
-    ZRFloat8& out, const ZRFloat8& previous, const ZRFloat8& latest) noexcept
+[[gnu::always_inline]] inline void mix(ZRFloat8& out, const ZRFloat8& previous, const ZRFloat8& latest) noexcept
 {
     const ZRDouble8 quarter = __builtin_convertvector(previous * 0.25f, ZRDouble8);
-    out = __builtin_convertvector(
-        quarter + __builtin_convertvector(latest, ZRDouble8) * 0.75, ZRFloat8);
+    out = __builtin_convertvector(quarter + __builtin_convertvector(latest, ZRDouble8) * 0.75, ZRFloat8);
 }
 
 }
