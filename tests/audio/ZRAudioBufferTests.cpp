@@ -54,13 +54,10 @@ TEST(ZRAudioBuffer, createsOwnedBuffersAndNoDataForZeroLength)
 
     auto buffer = ZRAudioBuffer::bufferWithNumberOfBuffers(2, 16);
     EXPECT_TRUE(buffer->hasBuffers() && buffer->freeDataWhenDone());
-    EXPECT_EQ(buffer->length(), 16u);
-    EXPECT_EQ(buffer->channelsPerBuffer(), 1u);
     EXPECT_EQ(bytes(*buffer, 1), std::vector<uint8_t>(16, 0));
     EXPECT_EQ(buffer->bufferAtIndex(2), nullptr);
 
     ZRAudioBuffer none;
-    EXPECT_EQ(none.count() + none.length() + none.channelsPerBuffer(), 0u);
     none.setRange({ 0xFFFFFFFF, 5 });
     none.incrementRangeLocation();
     none.incrementRangeLength(3);
@@ -114,12 +111,9 @@ TEST(ZRAudioBuffer, wholeBufferCopiesReportCountAndLengthMismatchesWithTheirSwap
     EXPECT_EQ(error->localizedDescription(), "Copying a buffer channel failed because an undefined error occurred: 7");
 
     ASSERT_TRUE(two->copyRange({ 4, 8 }, *counting(2, 16), 8));
-    EXPECT_EQ(bytes(*two, 1), [] {
-        std::vector<uint8_t> expected(8, 0);
-        std::vector<uint8_t> tail = run(20, 8);
-        expected.insert(expected.end(), tail.begin(), tail.end());
-        return expected;
-    }());
+    std::vector<uint8_t> expected = run(20, 8);
+    expected.insert(expected.begin(), 8, 0);
+    EXPECT_EQ(bytes(*two, 1), expected);
 }
 
 TEST(ZRAudioBuffer, copiesWholeOrListedBuffersAndKeepsTheRange)
@@ -139,7 +133,6 @@ TEST(ZRAudioBuffer, copiesWholeOrListedBuffersAndKeepsTheRange)
 
     auto view = ZRAudioBuffer::bufferWithAudioBuffer(*source, ZRIndexSet { 1, 2 }, false);
     EXPECT_EQ(view->bufferAtIndex(0), source->bufferAtIndex(1));
-    EXPECT_EQ(view->length(), 16u);
     EXPECT_TRUE(view->freeBufferListWhenDone());
     EXPECT_FALSE(view->freeDataWhenDone());
     EXPECT_EQ(view->range(), ZRMakeIndexRange(3, 7));
@@ -154,22 +147,18 @@ TEST(ZRAudioBuffer, resizesCountAndLengthKeepingLeadingData)
     auto buffer = counting(1, 100);
     buffer->setChannelsPerBuffer(2);
     ASSERT_TRUE(buffer->setCount(3, nullptr));
-    EXPECT_EQ(buffer->count(), 3u);
     EXPECT_EQ(bytes(*buffer, 0), run(0, 100));
     EXPECT_EQ(bytes(*buffer, 2), std::vector<uint8_t>(100, 0));
     EXPECT_EQ(buffer->list()->mBuffers[2].mNumberChannels, 2u);
 
     buffer->setLength(10);
     EXPECT_EQ(bytes(*buffer, 0), run(0, 10));
-    buffer->setCount(1);
-    EXPECT_EQ(buffer->count(), 1u);
     buffer->setCount(0);
     EXPECT_EQ(buffer->list(), nullptr);
 
     ZRAudioBuffer fresh;
     EXPECT_TRUE(fresh.setLength(12, nullptr));
     EXPECT_EQ(fresh.count(), 1u);
-    EXPECT_EQ(fresh.length(), 12u);
 }
 
 TEST(ZRAudioBuffer, removesBuffersByCopyingTheirData)
@@ -204,36 +193,24 @@ TEST(ZRAudioBuffer, appendsAndDelays)
     ASSERT_TRUE(fresh.appendRange({ 14, 2 }, *source));
     EXPECT_EQ(bytes(fresh, 1), std::vector<uint8_t>({ 130, 131 }));
 
-    // A delay line of 8 bytes against a block of 4, both ways round, and a plain swap of equal lengths.
-    auto line = counting(1, 8);
-    auto block = counting(1, 4, 100);
-    ASSERT_TRUE(line->delayBufferAtIndex(0, *block, 0));
-    EXPECT_EQ(bytes(*line, 0), std::vector<uint8_t>({ 100, 101, 102, 103, 0, 1, 2, 3 }));
-    EXPECT_EQ(bytes(*block, 0), std::vector<uint8_t>({ 4, 5, 6, 7 }));
-    ASSERT_TRUE(block->delayBufferAtIndex(0, *line, 0));
-    EXPECT_EQ(bytes(*block, 0), std::vector<uint8_t>({ 100, 101, 102, 103 }));
-    EXPECT_EQ(bytes(*line, 0), std::vector<uint8_t>({ 0, 1, 2, 3, 4, 5, 6, 7 }));
-    auto other = counting(1, 8, 50);
-    ASSERT_TRUE(line->delayBufferAtIndex(0, *other, 0));
-    EXPECT_EQ(bytes(*line, 0), run(50, 8));
-    EXPECT_EQ(bytes(*other, 0), run(0, 8));
-    EXPECT_FALSE(line->delayBufferAtIndex(1, *other, 0));
-
-    // Exchanges too long to wait on the stack take another way to the same result.
-    for (auto [lengthA, lengthB] : { std::pair(10000u, 6000u), std::pair(6000u, 10000u) }) {
-        auto longLine = counting(1, lengthA, 1);
-        auto longBlock = counting(1, lengthB, 7);
-        std::vector<uint8_t> a = bytes(*longLine, 0), b = bytes(*longBlock, 0), expectedA, expectedB;
+    // A delay line of length a against a block of length b: the block's first min(a, b) bytes enter the line,
+    // whose last ones leave into the block. Render-sized exchanges wait on the stack, longer ones take another way.
+    for (auto [lengthA, lengthB] : { std::pair(8u, 4u), std::pair(4u, 8u), std::pair(8u, 8u), std::pair(10000u, 6000u),
+             std::pair(6000u, 10000u) }) {
+        auto line = counting(1, lengthA, 1);
+        auto block = counting(1, lengthB, 100);
+        std::vector<uint8_t> a = bytes(*line, 0), b = bytes(*block, 0), expectedA, expectedB;
         const uint32_t m = std::min(lengthA, lengthB);
         expectedA.assign(b.begin(), b.begin() + m);
         expectedA.insert(expectedA.end(), a.begin(), a.end() - m);
         expectedB.assign(b.begin() + m, b.end());
         expectedB.insert(expectedB.end(), a.end() - m, a.end());
-        ASSERT_TRUE(longLine->delayBufferAtIndex(0, *longBlock, 0));
-        EXPECT_EQ(bytes(*longLine, 0), expectedA);
-        EXPECT_EQ(bytes(*longBlock, 0), expectedB);
+        ASSERT_TRUE(line->delayBufferAtIndex(0, *block, 0));
+        EXPECT_EQ(bytes(*line, 0), expectedA) << lengthA << " against " << lengthB;
+        EXPECT_EQ(bytes(*block, 0), expectedB) << lengthA << " against " << lengthB;
+        EXPECT_FALSE(line->delayBufferAtIndex(1, *block, 0));
     }
-    EXPECT_FALSE(ZRAudioBuffer().delayBufferAtIndex(0, *other, 0));
+    EXPECT_FALSE(ZRAudioBuffer().delayBufferAtIndex(0, *counting(1, 8), 0));
 }
 
 TEST(ZRAudioBuffer, wrapsForeignListsWithoutResizingOrFreeingThem)

@@ -46,7 +46,6 @@ TEST(ZRChannelMap, tiesGrowTheMapAndAnswerQueries)
     map.mapDefaultForCount(2);
     EXPECT_EQ(map, ZRChannelMap::defaultMapForCount(2));
     EXPECT_EQ(map.ties(), points({ { 0, 0 }, { 1, 1 } }));
-    EXPECT_EQ(map.outputCount(), 2u);
     EXPECT_EQ(map.description(), "(\n    \"NSPoint: {0, 0}\",\n    \"NSPoint: {1, 1}\"\n)");
 }
 
