@@ -33,6 +33,21 @@ TEST(ZRStringExtension, incrementsTheNumberOfASeriesWithItsQuirks)
     EXPECT_EQ(stringByIncrementingString(""), " 2");
 }
 
+TEST(ZRStringExtension, takesPathsApartAsTheFileOperationsNeed)
+{
+    EXPECT_EQ(lastPathComponent("/A/take.1.aif"), "take.1.aif");
+    EXPECT_EQ(lastPathComponent("/A/B/"), "B");
+    EXPECT_EQ(lastPathComponent("take"), "take");
+    EXPECT_EQ(lastPathComponent("/"), "/");
+    EXPECT_EQ(lastPathComponent(""), "");
+    EXPECT_EQ(pathExtension("/A/take.1.aif"), "aif");
+    EXPECT_EQ(pathExtension("/A.x/take"), "");
+    EXPECT_EQ(pathExtension("/A/.profile"), "");
+    EXPECT_EQ(filename("/A/take.1.aif"), "take.1");
+    EXPECT_EQ(filename("/A/.profile"), ".profile");
+    EXPECT_EQ(filename("take"), "take");
+}
+
 TEST(ZRStringExtension, editsPathsInPlaceWithTheLibrarysOwnRules)
 {
     EXPECT_EQ(edited("/a", [](auto& p) { appendPathComponent(p, "b"); }), "/a/b");
