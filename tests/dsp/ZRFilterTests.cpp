@@ -172,6 +172,7 @@ TEST(ZRFilter, everyTypeComputesItsFormulasBitForBit)
     }
 }
 
+// Channel 1 carries non-finite samples, which must not reach the channels beside it in the vector lanes.
 TEST(ZRFilter, channelsFilteredTogetherMatchEachFilteredAloneBitForBit)
 {
     std::vector<std::vector<float>> channels(9);
@@ -182,6 +183,11 @@ TEST(ZRFilter, channelsFilteredTogetherMatchEachFilteredAloneBitForBit)
             channel.push_back(std::ldexp(float(int32_t(state)), -31));
         }
     }
+    const float infinity = std::numeric_limits<float>::infinity();
+    channels[1][3] = std::numeric_limits<float>::quiet_NaN();
+    channels[1][9] = infinity;
+    channels[1][10] = -infinity;
+    channels[1][20] = std::numeric_limits<float>::max();
     // Blocks that fill whole groups of eight frames, leave tails, and hold a single frame.
     const std::vector<uint32_t> blocks = { 64, 13, 1, 8, 7, 107 };
     for (uint32_t type = 0; type <= ZRFilter::DC; ++type) {
@@ -190,27 +196,13 @@ TEST(ZRFilter, channelsFilteredTogetherMatchEachFilteredAloneBitForBit)
             const std::vector<std::vector<float>> some(channels.begin(), channels.begin() + count);
             const auto together = filtered(type, some, blocks, true);
             const auto alone = filtered(type, some, blocks, false);
-            for (uint32_t channel = 0; channel < count; ++channel)
-                EXPECT_TRUE(sameBits(together[channel], alone[channel])) << "channel " << channel;
+            for (uint32_t channel = 0; channel < count; ++channel) {
+                if (channel == 1)
+                    EXPECT_FALSE(std::isfinite(together[1].back()));
+                else
+                    EXPECT_TRUE(sameBits(together[channel], alone[channel])) << "channel " << channel;
+            }
         }
-    }
-}
-
-TEST(ZRFilter, nonFiniteSamplesStayInTheirChannel)
-{
-    const float infinity = std::numeric_limits<float>::infinity();
-    std::vector<std::vector<float>> channels(3, std::vector<float>(40, 0.25f));
-    channels[1][3] = std::numeric_limits<float>::quiet_NaN();
-    channels[1][9] = infinity;
-    channels[1][10] = -infinity;
-    channels[1][20] = std::numeric_limits<float>::max();
-    for (uint32_t type = 0; type <= ZRFilter::DC; ++type) {
-        SCOPED_TRACE(type);
-        const auto together = filtered(type, channels, { 16, 24 }, true);
-        const auto alone = filtered(type, channels, { 16, 24 }, false);
-        EXPECT_TRUE(sameBits(together[0], alone[0]));
-        EXPECT_TRUE(sameBits(together[2], alone[2]));
-        EXPECT_FALSE(std::isfinite(together[1].back()));
     }
 }
 
