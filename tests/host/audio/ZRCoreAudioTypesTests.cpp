@@ -21,5 +21,4 @@ TEST(ZRCoreAudioTypes, fourCharacterCodesPutTheFirstLetterHighest)
     EXPECT_EQ(kAudioFormatMPEGLayer3, 0x2E6D7033u);
     EXPECT_EQ(ZRFourCharCode("\xFF\x01\x02\x03"), 0xFF010203u);
     EXPECT_EQ(kAudioFormatFlagIsNonMixable, 64u);
-    EXPECT_EQ(kAudioFormatFlagsNativeFloatPacked, kAudioFormatFlagIsFloat | kAudioFormatFlagIsPacked);
 }
