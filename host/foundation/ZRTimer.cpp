@@ -19,12 +19,18 @@ ZRTimer::~ZRTimer()
 
 void ZRTimer::schedule(std::chrono::steady_clock::duration interval)
 {
+    bool sooner;
     {
         const std::lock_guard lock(_mutex);
-        _deadline = std::chrono::steady_clock::now() + interval;
+        const auto deadline = std::chrono::steady_clock::now() + interval;
+        // A deadline that only moves later needs no wake-up: the waiting thread looks at it again when the
+        // earlier one passes.
+        sooner = !_scheduled || deadline < _deadline;
+        _deadline = deadline;
         _scheduled = true;
     }
-    _condition.notify_all();
+    if (sooner)
+        _condition.notify_all();
 }
 
 void ZRTimer::invalidate()
