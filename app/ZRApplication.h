@@ -3,6 +3,7 @@
 #include "app/ZRResponder.h"
 #include "core/ZRError.h"
 #include "host/foundation/ZRExport.h"
+#include "host/foundation/ZRModalResponse.h"
 #include "host/foundation/ZRPropertyList.h"
 
 #include <cstdint>
@@ -13,12 +14,6 @@
 #include <string_view>
 #include <utility>
 #include <vector>
-
-// Responses of a modal session: still running, stopped, aborted, and stopped with an error.
-inline constexpr int ZRModalResponseStop = -1000;
-inline constexpr int ZRModalResponseAbort = -1001;
-inline constexpr int ZRModalResponseContinue = -1002;
-inline constexpr int ZRModalResponseError = -999;
 
 // A modal session, begun and ended by the application that runs it.
 class ZRModalSession;

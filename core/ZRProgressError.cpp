@@ -7,9 +7,9 @@ std::string ZRProgressError::errorDomain() { return "ZRProgressErrorDomain"; }
 std::optional<std::string> ZRProgressError::failureReasonForError(int32_t code)
 {
     switch (code) {
-    case ZRProgressStoppedResponse:
+    case ZRModalResponseStop:
         return ZRLocalizedString("the progress was stopped.");
-    case ZRProgressAbortedResponse:
+    case ZRModalResponseAbort:
         return ZRLocalizedString("the progress was aborted.");
     default:
         return std::nullopt;
@@ -20,7 +20,7 @@ std::string ZRProgressError::alertMessage() { return ZRLocalizedString("Progress
 
 void ZRProgressError::alert() const
 {
-    if (code() == ZRProgressStoppedResponse || code() == ZRProgressAbortedResponse)
+    if (code() == ZRModalResponseStop || code() == ZRModalResponseAbort)
         return;
     ZRError::alert();
 }

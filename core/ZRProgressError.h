@@ -1,13 +1,10 @@
 #pragma once
 
 #include "core/ZRError.h"
+#include "host/foundation/ZRModalResponse.h"
 
-// The modal responses of a progress panel: running, stopped by its stop button, aborted.
-inline constexpr int32_t ZRProgressRunningResponse = -1002;
-inline constexpr int32_t ZRProgressStoppedResponse = -1000;
-inline constexpr int32_t ZRProgressAbortedResponse = -1001;
-
-// A progress that the user stopped (-1000) or aborted (-1001), by the modal response of the progress panel.
+// A progress that the user stopped (ZRModalResponseStop) or aborted (ZRModalResponseAbort): the code is the modal
+// response of the progress panel, which runs with ZRModalResponseContinue.
 class ZR_EXPORT ZRProgressError : public ZRErrorDomain<ZRProgressError> {
 public:
     static constexpr const char* className = "ZRProgressError";
