@@ -1,4 +1,4 @@
-#include "audio/ZRAudioBuffer.h"
+#include <zrbase/audio/ZRAudioBuffer.h>
 
 #include "ZRBenchmarkRatio.h"
 

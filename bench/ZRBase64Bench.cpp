@@ -1,5 +1,5 @@
-#include "core/ZRDataExtension.h"
-#include "core/ZRStringExtension.h"
+#include <zrbase/core/ZRDataExtension.h>
+#include <zrbase/core/ZRStringExtension.h>
 
 #include <benchmark/benchmark.h>
 

@@ -1,4 +1,4 @@
-#include "audio/ZRFFTBuffer.h"
+#include <zrbase/audio/ZRFFTBuffer.h>
 
 #include "ZRBenchmarkRatio.h"
 

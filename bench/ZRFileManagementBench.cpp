@@ -1,4 +1,4 @@
-#include "file/ZRFile.h"
+#include <zrbase/file/ZRFile.h>
 
 #include "ZRBenchmarkRatio.h"
 

@@ -1,5 +1,5 @@
-#include "audio/ZRNativeAudioBuffer.h"
-#include "dsp/ZRFilter.h"
+#include <zrbase/audio/ZRNativeAudioBuffer.h>
+#include <zrbase/dsp/ZRFilter.h>
 
 #include "ZRBenchmarkRatio.h"
 

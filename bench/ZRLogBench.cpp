@@ -1,4 +1,4 @@
-#include "core/ZRLog.h"
+#include <zrbase/core/ZRLog.h>
 
 #include <benchmark/benchmark.h>
 

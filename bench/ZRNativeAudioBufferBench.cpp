@@ -1,4 +1,4 @@
-#include "audio/ZRNativeAudioBuffer.h"
+#include <zrbase/audio/ZRNativeAudioBuffer.h>
 
 #include "ZRBenchmarkRatio.h"
 

@@ -1,4 +1,4 @@
-#include "host/foundation/ZRStringWithFormat.h"
+#include <zrbase/host/foundation/ZRStringWithFormat.h>
 
 #include <benchmark/benchmark.h>
 

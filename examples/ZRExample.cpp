@@ -1,14 +1,14 @@
 // A small application on ZRBase: it names itself, switches its debug log on, writes and reads back a data file,
 // measures a tone before and after A-weighting, estimates its pitch, and shows how a failure reads when it reaches
 // the user.
-#include "app/ZRApplication.h"
-#include "audio/ZRFFTBuffer.h"
-#include "audio/ZRNativeAudioBuffer.h"
-#include "core/ZRApplicationLog.h"
-#include "dsp/ZRAWeightedFilter.h"
-#include "file/ZRFile.h"
-#include "host/foundation/ZRBundle.h"
-#include "host/foundation/ZRStringWithFormat.h"
+#include <zrbase/app/ZRApplication.h>
+#include <zrbase/audio/ZRFFTBuffer.h>
+#include <zrbase/audio/ZRNativeAudioBuffer.h>
+#include <zrbase/core/ZRApplicationLog.h>
+#include <zrbase/dsp/ZRAWeightedFilter.h>
+#include <zrbase/file/ZRFile.h>
+#include <zrbase/host/foundation/ZRBundle.h>
+#include <zrbase/host/foundation/ZRStringWithFormat.h>
 
 #include <cmath>
 #include <cstdio>

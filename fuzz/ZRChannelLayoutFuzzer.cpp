@@ -1,4 +1,4 @@
-#include "audio/ZRChannelLayout.h"
+#include <zrbase/audio/ZRChannelLayout.h>
 
 #include <cstddef>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "audio/ZRChannelMap.h"
+#include <zrbase/audio/ZRChannelMap.h>
 
 #include <cstddef>
 #include <cstdint>

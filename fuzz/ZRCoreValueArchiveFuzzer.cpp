@@ -1,8 +1,8 @@
-#include "core/ZRIndexArray.h"
-#include "core/ZRRange.h"
-#include "core/ZRUUID.h"
-#include "host/foundation/ZRCoder.h"
-#include "host/foundation/ZRIndexSet.h"
+#include <zrbase/core/ZRIndexArray.h>
+#include <zrbase/core/ZRRange.h>
+#include <zrbase/core/ZRUUID.h>
+#include <zrbase/host/foundation/ZRCoder.h>
+#include <zrbase/host/foundation/ZRIndexSet.h>
 
 #include <bit>
 #include <cstdint>

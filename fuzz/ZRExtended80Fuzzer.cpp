@@ -1,4 +1,4 @@
-#include "core/ZRNumberExtension.h"
+#include <zrbase/core/ZRNumberExtension.h>
 
 #include <array>
 #include <cmath>

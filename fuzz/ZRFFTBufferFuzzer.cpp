@@ -1,5 +1,5 @@
-#include "audio/ZRFFTBuffer.h"
-#include "audio/ZRNativeAudioBuffer.h"
+#include <zrbase/audio/ZRFFTBuffer.h>
+#include <zrbase/audio/ZRNativeAudioBuffer.h>
 
 #include <algorithm>
 #include <cstddef>

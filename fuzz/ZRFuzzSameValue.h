@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/foundation/ZRPropertyList.h"
+#include <zrbase/host/foundation/ZRPropertyList.h>
 
 #include <cmath>
 

@@ -1,4 +1,4 @@
-#include "host/foundation/ZRGeometry.h"
+#include <zrbase/host/foundation/ZRGeometry.h>
 
 #include <cmath>
 #include <cstddef>

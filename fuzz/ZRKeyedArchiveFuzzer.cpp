@@ -1,4 +1,4 @@
-#include "host/foundation/ZRCoder.h"
+#include <zrbase/host/foundation/ZRCoder.h>
 
 #include "fuzz/ZRFuzzSameValue.h"
 

@@ -1,5 +1,5 @@
-#include "core/ZRStringExtension.h"
-#include "host/foundation/ZRUnicode.h"
+#include <zrbase/core/ZRStringExtension.h>
+#include <zrbase/host/foundation/ZRUnicode.h>
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,5 +1,5 @@
-#include "host/foundation/ZRPropertyList.h"
-#include "host/foundation/ZRStringWithFormat.h"
+#include <zrbase/host/foundation/ZRPropertyList.h>
+#include <zrbase/host/foundation/ZRStringWithFormat.h>
 
 #include <cstddef>
 #include <cstdint>

@@ -1,9 +1,9 @@
-#include "app/ZRApplication.h"
+#include <zrbase/app/ZRApplication.h>
 
-#include "core/ZRDataExtension.h"
-#include "core/ZRFileError.h"
-#include "host/foundation/ZRBundle.h"
-#include "host/foundation/ZRCoder.h"
+#include <zrbase/core/ZRDataExtension.h>
+#include <zrbase/core/ZRFileError.h>
+#include <zrbase/host/foundation/ZRBundle.h>
+#include <zrbase/host/foundation/ZRCoder.h>
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include "audio/ZRAudioBuffer.h"
+#include <zrbase/audio/ZRAudioBuffer.h>
 
-#include "file/ZRFile.h"
+#include <zrbase/file/ZRFile.h>
 #include "support/ZRRecordingAlertPresenter.h"
 #include "support/ZRTestFiles.h"
 

@@ -1,4 +1,4 @@
-#include "audio/ZRAudioStreamDescription.h"
+#include <zrbase/audio/ZRAudioStreamDescription.h>
 #include "support/ZRRecordingAlertPresenter.h"
 #include "support/ZRTestAudioUnit.h"
 

@@ -1,5 +1,5 @@
-#include "audio/ZRAudioChannelDescription.h"
-#include "audio/ZRChannelLayout.h"
+#include <zrbase/audio/ZRAudioChannelDescription.h>
+#include <zrbase/audio/ZRChannelLayout.h>
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-#include "audio/ZRChannelMap.h"
-#include "host/foundation/ZRCoder.h"
+#include <zrbase/audio/ZRChannelMap.h>
+#include <zrbase/host/foundation/ZRCoder.h>
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "audio/ZRCircularAudioBuffer.h"
+#include <zrbase/audio/ZRCircularAudioBuffer.h>
 
 #include "support/ZRTestAudioBuffers.h"
 

@@ -1,6 +1,6 @@
-#include "audio/ZRFFTBuffer.h"
+#include <zrbase/audio/ZRFFTBuffer.h>
 
-#include "audio/ZRNativeAudioBuffer.h"
+#include <zrbase/audio/ZRNativeAudioBuffer.h>
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include "audio/ZRNativeAudioBuffer.h"
+#include <zrbase/audio/ZRNativeAudioBuffer.h>
 
-#include "file/ZRFile.h"
+#include <zrbase/file/ZRFile.h>
 #include "support/ZRTestAudioBuffers.h"
 #include "support/ZRTestFiles.h"
 

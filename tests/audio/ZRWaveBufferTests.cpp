@@ -1,4 +1,4 @@
-#include "audio/ZRWaveBuffer.h"
+#include <zrbase/audio/ZRWaveBuffer.h>
 
 #include "support/ZRRecordingAlertPresenter.h"
 

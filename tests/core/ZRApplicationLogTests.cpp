@@ -1,7 +1,7 @@
-#include "core/ZRApplicationLog.h"
-#include "core/ZRFileError.h"
-#include "host/foundation/ZRBundle.h"
-#include "host/foundation/ZRUserDefaults.h"
+#include <zrbase/core/ZRApplicationLog.h>
+#include <zrbase/core/ZRFileError.h>
+#include <zrbase/host/foundation/ZRBundle.h>
+#include <zrbase/host/foundation/ZRUserDefaults.h>
 #include "support/ZRRecordingAlertPresenter.h"
 #include "support/ZRTestFiles.h"
 

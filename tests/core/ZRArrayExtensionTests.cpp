@@ -1,4 +1,4 @@
-#include "core/ZRArrayExtension.h"
+#include <zrbase/core/ZRArrayExtension.h>
 
 #include <gtest/gtest.h>
 

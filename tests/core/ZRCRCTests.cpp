@@ -1,4 +1,4 @@
-#include "core/ZRCRC.h"
+#include <zrbase/core/ZRCRC.h>
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "core/ZRDataExtension.h"
+#include <zrbase/core/ZRDataExtension.h>
 
 #include "support/ZRTestFiles.h"
 

@@ -1,4 +1,4 @@
-#include "core/ZRDictionaryExtension.h"
+#include <zrbase/core/ZRDictionaryExtension.h>
 
 #include "support/ZRTestFiles.h"
 

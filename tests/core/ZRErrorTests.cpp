@@ -1,15 +1,15 @@
-#include "core/ZRAudioBufferError.h"
-#include "core/ZRAudioStreamDescriptionError.h"
-#include "core/ZRCircularAudioBufferError.h"
-#include "core/ZRConverterError.h"
-#include "core/ZRCoreAudioFileError.h"
-#include "core/ZRError.h"
-#include "core/ZRFileError.h"
-#include "core/ZROSError.h"
-#include "core/ZRProgressError.h"
-#include "core/ZRSecurityError.h"
-#include "host/foundation/ZRBundle.h"
-#include "host/foundation/ZRLocalizedString.h"
+#include <zrbase/core/ZRAudioBufferError.h>
+#include <zrbase/core/ZRAudioStreamDescriptionError.h>
+#include <zrbase/core/ZRCircularAudioBufferError.h>
+#include <zrbase/core/ZRConverterError.h>
+#include <zrbase/core/ZRCoreAudioFileError.h>
+#include <zrbase/core/ZRError.h>
+#include <zrbase/core/ZRFileError.h>
+#include <zrbase/core/ZROSError.h>
+#include <zrbase/core/ZRProgressError.h>
+#include <zrbase/core/ZRSecurityError.h>
+#include <zrbase/host/foundation/ZRBundle.h>
+#include <zrbase/host/foundation/ZRLocalizedString.h>
 #include "support/ZRRecordingAlertPresenter.h"
 
 #include <gtest/gtest.h>

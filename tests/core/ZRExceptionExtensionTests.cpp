@@ -1,6 +1,6 @@
-#include "core/ZRDataExtension.h"
-#include "core/ZRExceptionExtension.h"
-#include "host/foundation/ZRStringWithFormat.h"
+#include <zrbase/core/ZRDataExtension.h>
+#include <zrbase/core/ZRExceptionExtension.h>
+#include <zrbase/host/foundation/ZRStringWithFormat.h>
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "core/ZRFormatterExtension.h"
+#include <zrbase/core/ZRFormatterExtension.h>
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
-#include "core/ZRIndexArray.h"
+#include <zrbase/core/ZRIndexArray.h>
 
-#include "host/foundation/ZRCoder.h"
-#include "host/foundation/ZRIndexSet.h"
+#include <zrbase/host/foundation/ZRCoder.h>
+#include <zrbase/host/foundation/ZRIndexSet.h>
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "core/ZRIndexSetExtension.h"
+#include <zrbase/core/ZRIndexSetExtension.h>
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "core/ZRLog.h"
+#include <zrbase/core/ZRLog.h>
 #include "support/ZRTestFiles.h"
 
 #include <gtest/gtest.h>

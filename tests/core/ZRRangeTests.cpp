@@ -1,6 +1,6 @@
-#include "core/ZRRange.h"
+#include <zrbase/core/ZRRange.h>
 
-#include "host/foundation/ZRCoder.h"
+#include <zrbase/host/foundation/ZRCoder.h>
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "core/ZRStringExtension.h"
+#include <zrbase/core/ZRStringExtension.h>
 
 #include <gtest/gtest.h>
 

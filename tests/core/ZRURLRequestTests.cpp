@@ -1,4 +1,4 @@
-#include "core/ZRURLRequest.h"
+#include <zrbase/core/ZRURLRequest.h>
 
 #include "support/ZRTestFiles.h"
 

@@ -1,7 +1,7 @@
-#include "core/ZRUUID.h"
+#include <zrbase/core/ZRUUID.h>
 
-#include "file/ZRFile.h"
-#include "host/foundation/ZRCoder.h"
+#include <zrbase/file/ZRFile.h>
+#include <zrbase/host/foundation/ZRCoder.h>
 #include "support/ZRTestFiles.h"
 
 #include <gtest/gtest.h>

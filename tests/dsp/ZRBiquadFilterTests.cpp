@@ -1,5 +1,5 @@
-#include "dsp/ZRBandpassFilter.h"
-#include "dsp/ZRLowpassFilter.h"
+#include <zrbase/dsp/ZRBandpassFilter.h>
+#include <zrbase/dsp/ZRLowpassFilter.h>
 
 #include "support/ZRTestAudioBuffers.h"
 

@@ -1,9 +1,9 @@
-#include "dsp/ZRAWeightedFilter.h"
-#include "dsp/ZRBiquadFilter.h"
-#include "dsp/ZRDCFilter.h"
-#include "dsp/ZRLowpassFilter.h"
+#include <zrbase/dsp/ZRAWeightedFilter.h>
+#include <zrbase/dsp/ZRBiquadFilter.h>
+#include <zrbase/dsp/ZRDCFilter.h>
+#include <zrbase/dsp/ZRLowpassFilter.h>
 
-#include "core/ZRCRC.h"
+#include <zrbase/core/ZRCRC.h>
 #include "support/ZRTestAudioBuffers.h"
 
 #include <gtest/gtest.h>

@@ -1,9 +1,9 @@
-#include "dsp/ZRAWeightedFilter.h"
-#include "dsp/ZRBWeightedFilter.h"
-#include "dsp/ZRCWeightedFilter.h"
-#include "dsp/ZRDCFilter.h"
+#include <zrbase/dsp/ZRAWeightedFilter.h>
+#include <zrbase/dsp/ZRBWeightedFilter.h>
+#include <zrbase/dsp/ZRCWeightedFilter.h>
+#include <zrbase/dsp/ZRDCFilter.h>
 
-#include "core/ZRCRC.h"
+#include <zrbase/core/ZRCRC.h>
 #include "support/ZRTestAudioBuffers.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
-#include "app/ZRApplication.h"
-#include "file/ZRFile.h"
-#include "host/audio/ZRCoreAudioTypes.h"
+#include <zrbase/app/ZRApplication.h>
+#include <zrbase/file/ZRFile.h>
+#include <zrbase/host/audio/ZRCoreAudioTypes.h>
 #include "support/ZRTestFiles.h"
 
 #include <gtest/gtest.h>

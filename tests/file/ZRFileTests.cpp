@@ -1,6 +1,6 @@
-#include "file/ZRFile.h"
+#include <zrbase/file/ZRFile.h>
 
-#include "core/ZRFileError.h"
+#include <zrbase/core/ZRFileError.h>
 #include "support/ZRRecordingAlertPresenter.h"
 #include "support/ZRTestFiles.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/foundation/ZRAlertPresenter.h"
+#include <zrbase/host/foundation/ZRAlertPresenter.h>
 
 #include <memory>
 #include <vector>

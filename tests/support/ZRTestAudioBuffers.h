@@ -1,6 +1,6 @@
 #pragma once
 
-#include "audio/ZRNativeAudioBuffer.h"
+#include <zrbase/audio/ZRNativeAudioBuffer.h>
 
 #include <memory>
 #include <vector>

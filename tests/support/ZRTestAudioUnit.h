@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/audio/ZRAudioUnit.h"
+#include <zrbase/host/audio/ZRAudioUnit.h>
 
 #include <map>
 #include <utility>

@@ -1,4 +1,4 @@
-#include "host/audio/ZRAudioFormatService.h"
+#include <zrbase/host/audio/ZRAudioFormatService.h>
 
 #include <gtest/gtest.h>
 

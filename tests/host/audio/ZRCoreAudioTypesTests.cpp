@@ -1,4 +1,4 @@
-#include "host/audio/ZRCoreAudioTypes.h"
+#include <zrbase/host/audio/ZRCoreAudioTypes.h>
 
 #include <gtest/gtest.h>
 

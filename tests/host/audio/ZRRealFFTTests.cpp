@@ -1,4 +1,4 @@
-#include "host/audio/ZRRealFFT.h"
+#include <zrbase/host/audio/ZRRealFFT.h>
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "host/foundation/ZRAlertPresenter.h"
+#include <zrbase/host/foundation/ZRAlertPresenter.h>
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "host/foundation/ZRBundle.h"
+#include <zrbase/host/foundation/ZRBundle.h>
 
 #include "support/ZRTestChildProcess.h"
 #include "support/ZRTestFiles.h"

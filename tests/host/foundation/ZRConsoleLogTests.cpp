@@ -1,4 +1,4 @@
-#include "host/foundation/ZRConsoleLog.h"
+#include <zrbase/host/foundation/ZRConsoleLog.h>
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "host/foundation/ZRIndexSet.h"
+#include <zrbase/host/foundation/ZRIndexSet.h>
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-#include "host/foundation/ZRBundle.h"
-#include "host/foundation/ZRLocalizedString.h"
+#include <zrbase/host/foundation/ZRBundle.h>
+#include <zrbase/host/foundation/ZRLocalizedString.h>
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "host/foundation/ZRPropertyList.h"
+#include <zrbase/host/foundation/ZRPropertyList.h>
 
 #include "support/ZRTestFiles.h"
 

@@ -1,4 +1,4 @@
-#include "host/foundation/ZRThread.h"
+#include <zrbase/host/foundation/ZRThread.h>
 
 #include <gtest/gtest.h>
 

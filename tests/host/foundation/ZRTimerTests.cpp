@@ -1,4 +1,4 @@
-#include "host/foundation/ZRTimer.h"
+#include <zrbase/host/foundation/ZRTimer.h>
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "host/foundation/ZRUnicode.h"
+#include <zrbase/host/foundation/ZRUnicode.h>
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-#include "host/foundation/ZRBundle.h"
-#include "host/foundation/ZRUserDefaults.h"
+#include <zrbase/host/foundation/ZRBundle.h>
+#include <zrbase/host/foundation/ZRUserDefaults.h>
 
 #include "support/ZRTestChildProcess.h"
 #include "support/ZRTestFiles.h"

@@ -1,6 +1,6 @@
 // A program outside the project that uses the installed library.
-#include <core/ZRFileError.h>
-#include <host/foundation/ZRStringWithFormat.h>
+#include <zrbase/core/ZRFileError.h>
+#include <zrbase/host/foundation/ZRStringWithFormat.h>
 
 #include <cstdio>
 

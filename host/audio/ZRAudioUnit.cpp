@@ -1,3 +1,0 @@
-#include "host/audio/ZRAudioUnit.h"
-
-ZRAudioUnit::~ZRAudioUnit() = default;

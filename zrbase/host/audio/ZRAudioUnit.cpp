@@ -1,0 +1,3 @@
+#include <zrbase/host/audio/ZRAudioUnit.h>
+
+ZRAudioUnit::~ZRAudioUnit() = default;
