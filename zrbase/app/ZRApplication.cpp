@@ -4,6 +4,7 @@
 #include <zrbase/file/ZRFile.h>
 #include <zrbase/host/foundation/ZRBundle.h>
 #include <zrbase/host/foundation/ZRCoder.h>
+#include <zrbase/host/foundation/ZRPath.h>
 #include <zrbase/host/foundation/ZRStringWithFormat.h>
 
 #include <algorithm>
@@ -117,7 +118,7 @@ ZRApplication& ZRApplication::shared()
 
 void ZRApplication::setShared(ZRApplication* application) { installedApplication.store(application); }
 
-std::string ZRApplication::name() const { return ZRBundle::main().objectForInfoDictionaryKey("CFBundleName"); }
+std::string ZRApplication::name() const { return ZRBundle::main().name(); }
 
 std::string ZRApplication::code() const
 {
@@ -125,10 +126,7 @@ std::string ZRApplication::code() const
     return signature.substr(std::min<size_t>(2, signature.size()));
 }
 
-std::string ZRApplication::supportDirectory() const
-{
-    return ZRFile::conformPath(ZRStringWithFormat("~/Library/Application Support/Velmora/%@/", name()));
-}
+std::string ZRApplication::supportDirectory() const { return ZRSupportDirectory(); }
 
 std::string ZRApplication::tempDirectory() const { return supportDirectory() + "Temp"; }
 

@@ -1,8 +1,8 @@
 #include <zrbase/core/ZRStringExtension.h>
 
 #include <zrbase/core/ZRBase64Private.h>
-#include <zrbase/file/ZRFile.h>
 #include <zrbase/host/foundation/ZRConsoleLog.h>
+#include <zrbase/host/foundation/ZRPath.h>
 #include <zrbase/host/foundation/ZRPropertyList.h>
 #include <zrbase/host/foundation/ZRUnicode.h>
 
@@ -410,7 +410,7 @@ void setPathExtension(std::string& path, std::string_view extension)
     appendPathExtension(path, extension);
 }
 
-void setPath(std::string& path, std::string_view newPath) { path = ZRFile::conformPath(std::string(newPath)); }
+void setPath(std::string& path, std::string_view newPath) { path = ZRConformPath(newPath); }
 
 void truncateToLength(std::string& text, size_t length, bool withEllipsis)
 {

@@ -1,10 +1,10 @@
 #include <zrbase/file/ZRFile.h>
 
-#include <zrbase/app/ZRApplication.h>
 #include <zrbase/core/ZRFileError.h>
 #include <zrbase/core/ZRSecurityError.h>
 #include <zrbase/file/ZRFileManagerHandler.h>
 #include <zrbase/host/foundation/ZRLocalizedString.h>
+#include <zrbase/host/foundation/ZRPath.h>
 #include <zrbase/host/foundation/ZRStringWithFormat.h>
 #include <zrbase/host/system/ZRFileCopier.h>
 #include <zrbase/host/system/ZRFinderInfo.h>
@@ -16,7 +16,6 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
-#include <pwd.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
@@ -36,22 +35,6 @@ void alertIfSet(const ZRErrorPtr& error)
 {
     if (error)
         error->alert();
-}
-
-std::string homeFolderOf(std::string_view user)
-{
-    if (user.empty()) {
-        if (const char* home = std::getenv("HOME"); home && *home)
-            return home;
-    }
-    std::array<char, 4096> buffer;
-    passwd entry;
-    passwd* result = nullptr;
-    if (user.empty())
-        getpwuid_r(getuid(), &entry, buffer.data(), buffer.size(), &result);
-    else
-        getpwnam_r(std::string(user).c_str(), &entry, buffer.data(), buffer.size(), &result);
-    return result && result->pw_dir ? result->pw_dir : std::string();
 }
 
 bool equalIgnoringCase(std::string_view a, std::string_view b)
@@ -159,7 +142,7 @@ std::optional<std::string> mountPointTempFolder(const std::string& path)
         folder = folder.parent_path();
     }
     struct stat home;
-    if (stat(ZRFile::conformPath("~").c_str(), &home) != 0 || home.st_dev == status.st_dev)
+    if (stat(ZRHomeDirectory().c_str(), &home) != 0 || home.st_dev == status.st_dev)
         return std::nullopt;
     while (folder.has_relative_path()) {
         const fs::path parent = folder.parent_path();
@@ -452,20 +435,7 @@ void ZRFile::setTypeCode(uint32_t code) const { setTypeCode(code, _path); }
 uint32_t ZRFile::creatorCode() const { return creatorCodeAtPath(_path); }
 void ZRFile::setCreatorCode(uint32_t code) const { setCreatorCode(code, _path); }
 
-std::string ZRFile::conformPath(const std::string& path)
-{
-    if (path.empty() || path.front() != '~')
-        return path;
-    const size_t slash = path.find('/');
-    const std::string_view user = std::string_view(path).substr(1, slash == std::string::npos ? slash : slash - 1);
-    std::string home = homeFolderOf(user);
-    // "~name" of a user who does not exist stays as it is, as the shell leaves it.
-    if (home.empty())
-        return path;
-    if (slash != std::string::npos)
-        home.append(path, slash);
-    return home;
-}
+std::string ZRFile::conformPath(const std::string& path) { return ZRConformPath(path); }
 
 bool ZRFile::existsAtPath(const std::string& path)
 {
@@ -708,7 +678,7 @@ std::optional<std::string> ZRFile::tempDirectoryForPath(const std::string& path)
         if (candidate && createDirectoryAtPath(*candidate) && access(candidate->c_str(), W_OK | X_OK) == 0)
             return candidate;
     }
-    std::string folder = ZRApplication::shared().supportDirectory() + "Temp/";
+    std::string folder = ZRSupportDirectory() + "Temp/";
     if (!createDirectoryAtPath(folder))
         return std::nullopt;
     return folder;

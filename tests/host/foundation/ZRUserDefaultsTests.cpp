@@ -86,7 +86,8 @@ TEST(ZRUserDefaults, theStandardFileIsNamedAfterTheApplicationInTheConfiguration
 {
     EXPECT_TRUE(ZRTestRunInChildProcess([] {
         setenv("XDG_CONFIG_HOME", "/tmp/zr-configuration", 1);
-        EXPECT_EQ(ZRUserDefaults::standard().path(), "/tmp/zr-configuration/zrbase.plist");
+        // Without an information dictionary the application is named after its executable.
+        EXPECT_EQ(ZRUserDefaults::standard().path(), "/tmp/zr-configuration/zrbase-tests.plist");
         return !testing::Test::HasFailure();
     }));
     EXPECT_TRUE(ZRTestRunInChildProcess([] {

@@ -119,6 +119,15 @@ std::string ZRBundle::objectForInfoDictionaryKey(std::string_view key) const
     return value ? value->stringValue() : std::string();
 }
 
+std::string ZRBundle::name() const
+{
+    std::string name = objectForInfoDictionaryKey("CFBundleName");
+    if (!name.empty() || this != &main())
+        return name;
+    std::error_code error;
+    return std::filesystem::read_symlink("/proc/self/exe", error).filename().string();
+}
+
 void ZRBundle::setResourcePath(std::string path)
 {
     _resourcePath = std::move(path);

@@ -28,6 +28,9 @@ public:
     // The string of an information key ("CFBundleName", "CFBundleShortVersionString", "CFBundleVersion",
     // "CFBundleSignature"), empty when absent.
     std::string objectForInfoDictionaryKey(std::string_view key) const;
+    // The bundle's name, "CFBundleName"; for a main bundle without one (most Linux programs have no information
+    // dictionary) the name of the executable.
+    std::string name() const;
 
     // The folder of resources, and the folder of compiled translations ("<locale>/LC_MESSAGES/<domain>.mo").
     const std::string& resourcePath() const noexcept { return _resourcePath; }

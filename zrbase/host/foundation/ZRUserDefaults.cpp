@@ -2,40 +2,25 @@
 
 #include <zrbase/host/foundation/ZRBundle.h>
 #include <zrbase/host/foundation/ZRConsoleLog.h>
+#include <zrbase/host/foundation/ZRPath.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <pwd.h>
-#include <unistd.h>
 
 namespace {
-
-std::string homeFolder()
-{
-    if (const char* home = std::getenv("HOME"); home && *home)
-        return home;
-    passwd entry {};
-    passwd* found = nullptr;
-    char buffer[4096];
-    if (getpwuid_r(getuid(), &entry, buffer, sizeof buffer, &found) == 0 && found && found->pw_dir)
-        return found->pw_dir;
-    return "/";
-}
 
 // The folder of configuration files: $XDG_CONFIG_HOME when it is an absolute path, else ~/.config.
 std::string configurationFolder()
 {
     if (const char* folder = std::getenv("XDG_CONFIG_HOME"); folder && folder[0] == '/')
         return folder;
-    return homeFolder() + "/.config";
+    return ZRHomeDirectory() + "/.config";
 }
 
 std::string standardPath()
 {
-    std::string name = ZRBundle::main().objectForInfoDictionaryKey("CFBundleName");
-    if (name.empty())
-        name = "zrbase";
+    std::string name = ZRBundle::main().name();
     std::replace(name.begin(), name.end(), '/', '-');
     return configurationFolder() + "/" + name + ".plist";
 }
