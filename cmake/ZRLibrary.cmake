@@ -66,3 +66,4 @@ add_custom_command(OUTPUT "${ZR_LAYER_STAMP}"
     DEPENDS ${ZR_SOURCES} ${ZR_HEADERS} ${ZR_UI_FILES} "${PROJECT_SOURCE_DIR}/cmake/ZRCheckLayers.cmake"
     COMMENT "Checking the library's layers")
 add_custom_target(zrbase-layers DEPENDS "${ZR_LAYER_STAMP}")
+add_dependencies(zrbase zrbase-layers)

@@ -1,12 +1,14 @@
+#include "support/ZRRecordingAlertPresenter.h"
+#include "support/ZRTestChildProcess.h"
+#include "support/ZRTestFiles.h"
 #include <zrbase/core/ZRApplicationLog.h>
 #include <zrbase/core/ZRFileError.h>
 #include <zrbase/host/foundation/ZRBundle.h>
 #include <zrbase/host/foundation/ZRUserDefaults.h>
-#include "support/ZRRecordingAlertPresenter.h"
-#include "support/ZRTestFiles.h"
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -173,7 +175,7 @@ TEST_F(ZRApplicationLogTest, rulesSetThresholdsPerDomainAndAreKeptInTheDefaults)
     ZRApplicationLog::setThreshold(4);
     ZRApplicationLog* log = ZRApplicationLog::sharedLog();
     log->removeRule(log->ruleForDomain("Disk"));
-    log->removeRule(nullptr);
+    log->removeRule(std::nullopt);
     EXPECT_EQ(defaults.integerForKey("Debug Default Threshold"), 4);
     EXPECT_EQ(defaults.arrayForKey("Debug Rules"), (ZRArray { ruleState("Meter", 4, false), ruleState("Tape", 4) }));
     EXPECT_EQ(ZRApplicationLog::thresholdForDomain("Meter"), 0x7FFFFFFFu);
@@ -240,4 +242,70 @@ TEST_F(ZRApplicationLogTest, linesOfManyThreadsAllArriveWholeAndInOrder)
     EXPECT_NE(line.find(" terminated ====="), std::string::npos);
     EXPECT_EQ(count, threadCount * linesPerThread);
     EXPECT_FALSE(std::getline(contents, line));
+}
+
+TEST_F(ZRApplicationLogTest, threadsLogAndMakeErrorsWhileTheLogIsDisposedAndReopened)
+{
+    ZRApplicationLog::setActive(true);
+    std::atomic<bool> stop = false;
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < 3; ++thread) {
+        threads.emplace_back([&stop, thread] {
+            while (!stop.load()) {
+                ZRApplicationLog::error(nullptr, "thread %d", thread);
+                ZRFileError::errorWithCode(2, "Reading");
+                if (ZRApplicationLog* log = ZRApplicationLog::existingLog())
+                    log->log(ZRLogLevelError, nullptr, "through a held log");
+                ZRApplicationLog::setThreshold(4, "Disk");
+                (void)ZRApplicationLog::thresholdForDomain("Disk");
+            }
+        });
+    }
+    for (int round = 0; round < 50; ++round) {
+        ZRApplicationLog::dispose();
+        ZRApplicationLog::create();
+    }
+    stop = true;
+    for (std::thread& thread : threads)
+        thread.join();
+    ZRApplicationLog::dispose();
+
+    // Every line is whole: a banner, a message of a thread, or an error's sentence.
+    std::vector<std::string> written = lines();
+    EXPECT_GT(written.size(), 100u);
+    for (const std::string& line : written) {
+        ASSERT_TRUE(matches(line,
+            date + " (===== " + _name + " (2.1 210 (launched|logging activated)|terminated =====)|\\[e\\] (thread \\d"
+                + "|through a held log|Reading failed because the file or directory was not found\\. \\(ENOENT\\)))"))
+            << line;
+    }
+}
+
+TEST_F(ZRApplicationLogTest, twoLogsOnOneFileKeepEachOthersLines)
+{
+    // Two copies of an application log to the same file: every line lands at the end, none over another.
+    ZRApplicationLog::create();
+    ZRApplicationLog::dispose();
+    std::unique_ptr<ZRLog> first = ZRLog::logWithPath(_path);
+    std::unique_ptr<ZRLog> second = ZRLog::logWithPath(_path);
+    ASSERT_TRUE(first && second);
+    for (int line = 0; line < 3; ++line) {
+        first->log("first " + std::to_string(line) + "\n");
+        first->flush();
+        second->log("second " + std::to_string(line) + "\n");
+        second->flush();
+    }
+    EXPECT_EQ(
+        lines(), (std::vector<std::string> { "first 0", "second 0", "first 1", "second 1", "first 2", "second 2" }));
+}
+
+TEST(ZRApplicationLogName, aProgramWithoutInformationLogsUnderItsExecutablesName)
+{
+    EXPECT_TRUE(ZRTestRunInChildProcess([] {
+        ZRApplicationLog::create();
+        ZRApplicationLog* log = ZRApplicationLog::existingLog();
+        EXPECT_TRUE(log && log->path() == std::string(std::getenv("HOME")) + "/Library/Logs/Velmora/zrbase-tests.log");
+        ZRApplicationLog::dispose();
+        return !testing::Test::HasFailure();
+    }));
 }

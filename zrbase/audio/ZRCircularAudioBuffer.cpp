@@ -50,27 +50,40 @@ std::unique_ptr<ZRAudioBuffer> ZRCircularAudioBuffer::_emptyInstance() const
 bool ZRCircularAudioBuffer::storeBuffer(
     const ZRNativeAudioBuffer& block, uint64_t sampleTime, ZRErrorPtr* error) noexcept
 {
-    constexpr const char* action = "Storing into the circular buffer";
+    using enum ZRCircularAudioBufferStatus;
+    const ZRCircularAudioBufferStatus status = _store(block, sampleTime, error);
+    if (error && status != success && status != copyFailed) {
+        const bool continuity = status == gap || status == overlap;
+        *error = makeError(
+            int32_t(status), continuity ? "The continuity of the circular buffer" : "Storing into the circular buffer");
+    }
+    return ZRCircularAudioBufferSucceeded(status);
+}
+
+ZRCircularAudioBufferStatus ZRCircularAudioBuffer::store(const ZRNativeAudioBuffer& block, uint64_t sampleTime) noexcept
+{
+    return _store(block, sampleTime, nullptr);
+}
+
+ZRCircularAudioBufferStatus ZRCircularAudioBuffer::_store(
+    const ZRNativeAudioBuffer& block, uint64_t sampleTime, ZRErrorPtr* copyError) noexcept
+{
+    using enum ZRCircularAudioBufferStatus;
     const uint32_t capacity = frames();
     const uint32_t count = block.frames();
-    if (block.channels() != channels()) {
-        if (error)
-            *error = makeError(1, action);
-        return false;
-    }
-    if (count > capacity) {
-        if (error)
-            *error = makeError(2, action);
-        return false;
-    }
-    if (_cursorSampleTime != 0 && _cursorSampleTime != sampleTime && error)
-        *error = makeError(_cursorSampleTime < sampleTime ? 3 : 4, "The continuity of the circular buffer");
+    if (block.channels() != channels())
+        return otherChannelCount;
+    if (count > capacity)
+        return blockTooLong;
+    ZRCircularAudioBufferStatus status = success;
+    if (_cursorSampleTime != 0 && _cursorSampleTime != sampleTime)
+        status = _cursorSampleTime < sampleTime ? gap : overlap;
 
     uint32_t written = 0;
     do {
         const uint32_t piece = pieceLength(count - written, capacity, _cursorPosition);
-        if (!copyFrames({ written, piece }, block, _cursorPosition, error))
-            return false;
+        if (!copyFrames({ written, piece }, block, _cursorPosition, copyError))
+            return copyFailed;
         _cursorPosition = advance(_cursorPosition, piece, capacity);
         written += piece;
     } while (written < count);
@@ -78,62 +91,89 @@ bool ZRCircularAudioBuffer::storeBuffer(
     _cursorSampleTime = sampleTime + count;
     if (_firstStoreTime == 0)
         _firstStoreTime = sampleTime;
-    return true;
+    return status;
 }
 
 bool ZRCircularAudioBuffer::retrieveBuffer(
     ZRNativeAudioBuffer& destination, const ZRIndexSet& channels, uint64_t sampleTime, ZRErrorPtr* error) noexcept
 {
     const std::vector<uint32_t>& indexes = channels.indexes();
-    return _retrieve(
+    const ZRCircularAudioBufferStatus status = _retrieve(
         destination, channels.count(), [&indexes](uint32_t k) noexcept { return indexes[k]; }, sampleTime, error);
+    return _retrieveResult(status, destination.frames(), sampleTime, error);
 }
 
 bool ZRCircularAudioBuffer::retrieveBuffer(
     ZRNativeAudioBuffer& destination, uint64_t sampleTime, ZRErrorPtr* error) noexcept
 {
-    return _retrieve(
+    const ZRCircularAudioBufferStatus status = _retrieve(
         destination, destination.channels(), [](uint32_t k) noexcept { return k; }, sampleTime, error);
+    return _retrieveResult(status, destination.frames(), sampleTime, error);
+}
+
+ZRCircularAudioBufferStatus ZRCircularAudioBuffer::retrieve(
+    ZRNativeAudioBuffer& destination, const ZRIndexSet& channels, uint64_t sampleTime) noexcept
+{
+    const std::vector<uint32_t>& indexes = channels.indexes();
+    return _retrieve(
+        destination, channels.count(), [&indexes](uint32_t k) noexcept { return indexes[k]; }, sampleTime, nullptr);
+}
+
+ZRCircularAudioBufferStatus ZRCircularAudioBuffer::retrieve(
+    ZRNativeAudioBuffer& destination, uint64_t sampleTime) noexcept
+{
+    return _retrieve(
+        destination, destination.channels(), [](uint32_t k) noexcept { return k; }, sampleTime, nullptr);
+}
+
+bool ZRCircularAudioBuffer::_retrieveResult(
+    ZRCircularAudioBufferStatus status, uint32_t requested, uint64_t sampleTime, ZRErrorPtr* error) const noexcept
+{
+    using enum ZRCircularAudioBufferStatus;
+    if (error && status != success && status != copyFailed) {
+        std::shared_ptr<ZRCircularAudioBufferError> made
+            = makeError(int32_t(status), "Retrieving from the circular buffer");
+        made->setRequestedLocation(sampleTime);
+        made->setRequestedLength(requested);
+        made->setAvailableLocation(_firstAvailableTime());
+        made->setAvailableLength(frames());
+        *error = std::move(made);
+    }
+    return ZRCircularAudioBufferSucceeded(status);
+}
+
+uint64_t ZRCircularAudioBuffer::_firstAvailableTime() const noexcept
+{
+    const uint64_t end = _cursorSampleTime;
+    return end - _firstStoreTime > frames() ? end - frames() : _firstStoreTime;
 }
 
 template <typename ChannelAt>
-bool ZRCircularAudioBuffer::_retrieve(ZRNativeAudioBuffer& destination, uint32_t channelCount, ChannelAt channelAt,
-    uint64_t sampleTime, ZRErrorPtr* error) noexcept
+ZRCircularAudioBufferStatus ZRCircularAudioBuffer::_retrieve(ZRNativeAudioBuffer& destination, uint32_t channelCount,
+    ChannelAt channelAt, uint64_t sampleTime, ZRErrorPtr* copyError) noexcept
 {
-    constexpr const char* action = "Retrieving from the circular buffer";
+    using enum ZRCircularAudioBufferStatus;
     const uint32_t capacity = frames();
     const uint32_t requested = destination.frames();
     const uint64_t end = _cursorSampleTime;
-    const uint64_t first = end - _firstStoreTime > capacity ? end - capacity : _firstStoreTime;
+    const uint64_t first = _firstAvailableTime();
     uint64_t requestEnd = sampleTime + requested;
 
-    const auto report = [&](int32_t code) {
-        if (!error)
-            return;
-        std::shared_ptr<ZRCircularAudioBufferError> made = makeError(code, action);
-        made->setRequestedLocation(sampleTime);
-        made->setRequestedLength(requested);
-        made->setAvailableLocation(first);
-        made->setAvailableLength(capacity);
-        *error = std::move(made);
-    };
-
+    ZRCircularAudioBufferStatus status = success;
     uint64_t start = sampleTime;
     uint32_t destinationFrame = 0;
     uint32_t remaining = requested;
     if (first > requestEnd) {
-        report(5);
-        return false;
+        return overwritten;
     } else if (first > sampleTime) {
-        report(6);
+        status = startOverwritten;
         start = first;
         destinationFrame = uint32_t(first - sampleTime);
         remaining = requested - destinationFrame;
     } else if (end < sampleTime) {
-        report(7);
-        return false;
+        return nothingStored;
     } else if (end < requestEnd) {
-        report(8);
+        status = endNotStored;
         remaining = uint32_t(end - sampleTime);
         requestEnd = end;
     }
@@ -146,8 +186,8 @@ bool ZRCircularAudioBuffer::_retrieve(ZRNativeAudioBuffer& destination, uint32_t
     do {
         const uint32_t piece = pieceLength(remaining, capacity, ringFrame);
         for (uint32_t k = 0; k < channelCount; ++k) {
-            if (!destination.copyFrames({ ringFrame, piece }, channelAt(k), *this, destinationFrame, k, error))
-                return false;
+            if (!destination.copyFrames({ ringFrame, piece }, channelAt(k), *this, destinationFrame, k, copyError))
+                return copyFailed;
         }
         ringFrame = advance(ringFrame, piece, capacity);
         destinationFrame += piece;
@@ -155,7 +195,7 @@ bool ZRCircularAudioBuffer::_retrieve(ZRNativeAudioBuffer& destination, uint32_t
     } while (remaining > 0);
 
     _lastRetrievedSampleTime = requestEnd;
-    return true;
+    return status;
 }
 
 void ZRCircularAudioBuffer::reset() noexcept

@@ -1,13 +1,13 @@
 #include <zrbase/core/ZRApplicationLog.h>
 
-#include <zrbase/app/ZRApplication.h>
-#include <zrbase/file/ZRFile.h>
+#include <zrbase/core/ZRFileError.h>
 #include <zrbase/host/foundation/ZRBundle.h>
+#include <zrbase/host/foundation/ZRLocalizedString.h>
+#include <zrbase/host/foundation/ZRPath.h>
 #include <zrbase/host/foundation/ZRUserDefaults.h>
 
 #include <algorithm>
-#include <atomic>
-#include <mutex>
+#include <filesystem>
 
 namespace {
 
@@ -18,10 +18,8 @@ const char* const ZRLogFolder = "~/Library/Logs/Velmora";
 // The threshold of a domain whose rule is switched off: no level reaches it.
 constexpr uint32_t ZRLogSilentThreshold = 0x7FFFFFFF;
 
-std::atomic<ZRApplicationLog*> sharedInstance { nullptr };
-std::mutex sharedInstanceMutex;
-// Set while this thread makes the log: errors built on the way must not start making it again.
-thread_local bool makingSharedInstance = false;
+// Serialises opening and closing the log.
+std::mutex lifetimeMutex;
 
 void registerDefaults()
 {
@@ -43,75 +41,94 @@ std::string infoString(std::string_view key) { return ZRBundle::main().objectFor
 
 }
 
-ZRApplicationLog::ZRApplicationLog()
-{
-    ZRUserDefaults& defaults = ZRUserDefaults::standard();
-    _defaultThreshold = static_cast<uint32_t>(defaults.integerForKey(ZRDebugDefaultThresholdKey));
-    _active = defaults.boolForKey(ZRDebugLoggingActiveKey);
-    for (const ZRPropertyList& state : defaults.arrayForKey(ZRDebugRulesKey)) {
-        if (const ZRDictionary* dictionary = state.dictionary())
-            _rules.emplace_back(*dictionary);
-    }
-}
+ZRApplicationLog::ZRApplicationLog() = default;
 
 ZRApplicationLog::~ZRApplicationLog() = default;
+
+ZRApplicationLog& ZRApplicationLog::_instance()
+{
+    // Never destroyed: threads still holding the log when the process ends, or when it is disposed, keep a valid
+    // object.
+    static ZRApplicationLog* const log = new ZRApplicationLog();
+    return *log;
+}
+
+void ZRApplicationLog::_writeErrorSentence(std::string_view sentence)
+{
+    if (ZRApplicationLog* log = existingLog())
+        log->log(ZRLogLevelError, nullptr, "%@", sentence);
+}
+
+void ZRApplicationLog::_loadSettings()
+{
+    ZRUserDefaults& defaults = ZRUserDefaults::standard();
+    std::vector<ZRApplicationLogRule> rules;
+    for (const ZRPropertyList& state : defaults.arrayForKey(ZRDebugRulesKey)) {
+        if (const ZRDictionary* dictionary = state.dictionary())
+            rules.emplace_back(*dictionary);
+    }
+    std::lock_guard lock(_settingsMutex);
+    _defaultThreshold = static_cast<uint32_t>(defaults.integerForKey(ZRDebugDefaultThresholdKey));
+    _active = defaults.boolForKey(ZRDebugLoggingActiveKey);
+    _rules = std::move(rules);
+}
 
 bool ZRApplicationLog::_open()
 {
     ZRErrorPtr error;
-    std::string folder = ZRFile::conformPath(ZRLogFolder);
-    if (!ZRFile::directoryExistsAtPath(folder) && !ZRFile::createDirectoryAtPath(folder, &error)) {
-        if (error)
-            error->alert();
+    const std::string folder = ZRConformPath(ZRLogFolder);
+    std::error_code code;
+    std::filesystem::create_directories(folder, code);
+    if (code) {
+        ZRFileError::errorWithCode(code.value(), ZRLocalizedString("Creating a directory"))->alert();
         return false;
     }
-    std::string path = folder + "/" + ZRStringWithFormat("%@.log", ZRApplication::shared().name());
-    if (!setPath(path, &error)) {
-        if (error)
-            error->alert();
+    const std::string name = ZRBundle::main().name();
+    if (!setPath(folder + "/" + ZRStringWithFormat("%@.log", name), &error)) {
+        error->alert();
         return false;
     }
     if (_active)
-        ZRLog::log(ZRStringWithFormat("%@ ===== %@ %@ %@ launched\n", logDate(), ZRApplication::shared().name(),
+        ZRLog::log(ZRStringWithFormat("%@ ===== %@ %@ %@ launched\n", logDate(), name,
             infoString("CFBundleShortVersionString"), infoString("CFBundleVersion")));
     return true;
 }
 
 ZRApplicationLog* ZRApplicationLog::sharedLog()
 {
-    if (ZRApplicationLog* log = sharedInstance.load(std::memory_order_acquire))
-        return log;
-    if (makingSharedInstance)
-        return nullptr;
+    ZRApplicationLog& log = _instance();
+    if (log._isOpen.load(std::memory_order_acquire))
+        return &log;
 
-    std::lock_guard lock(sharedInstanceMutex);
-    if (ZRApplicationLog* log = sharedInstance.load(std::memory_order_acquire))
-        return log;
+    std::lock_guard lock(lifetimeMutex);
+    if (log._isOpen.load(std::memory_order_acquire))
+        return &log;
     registerDefaults();
-    struct Making {
-        Making() { makingSharedInstance = true; }
-        ~Making() { makingSharedInstance = false; }
-    } making;
-    std::unique_ptr<ZRApplicationLog> log(new ZRApplicationLog());
-    if (!log->_open())
+    log._loadSettings();
+    if (!log._open())
         return nullptr;
-    sharedInstance.store(log.get(), std::memory_order_release);
-    return log.release();
+    log._isOpen.store(true, std::memory_order_release);
+    ZRError::setSentenceSink(&_writeErrorSentence);
+    return &log;
 }
 
-ZRApplicationLog* ZRApplicationLog::existingLog() noexcept { return sharedInstance.load(std::memory_order_acquire); }
+ZRApplicationLog* ZRApplicationLog::existingLog() noexcept
+{
+    ZRApplicationLog& log = _instance();
+    return log._isOpen.load(std::memory_order_acquire) ? &log : nullptr;
+}
 
 void ZRApplicationLog::create() { sharedLog(); }
 
 void ZRApplicationLog::dispose()
 {
-    std::lock_guard lock(sharedInstanceMutex);
-    std::unique_ptr<ZRApplicationLog> log(sharedInstance.exchange(nullptr, std::memory_order_acq_rel));
-    if (!log)
+    std::lock_guard lock(lifetimeMutex);
+    ZRApplicationLog& log = _instance();
+    if (!log._isOpen.exchange(false, std::memory_order_acq_rel))
         return;
-    if (log->_active)
-        log->ZRLog::log(ZRStringWithFormat("%@ ===== %@ terminated =====\n", logDate(), infoString("CFBundleName")));
-    log->flush();
+    if (log._active)
+        log.ZRLog::log(ZRStringWithFormat("%@ ===== %@ terminated =====\n", logDate(), infoString("CFBundleName")));
+    log.flush();
 }
 
 void ZRApplicationLog::setActive(bool active)
@@ -123,7 +140,7 @@ void ZRApplicationLog::setActive(bool active)
 bool ZRApplicationLog::active()
 {
     ZRApplicationLog* log = sharedLog();
-    return log && log->_active;
+    return log && log->_active.load();
 }
 
 void ZRApplicationLog::setThreshold(uint32_t level)
@@ -163,7 +180,7 @@ std::optional<std::string_view> ZRApplicationLog::codeForLevel(uint32_t level) n
 void ZRApplicationLog::log(uint32_t level, std::unique_ptr<ZRApplicationLogContext> context, std::string_view format,
     std::span<const ZRFormatArgument> arguments)
 {
-    if (!_active)
+    if (!_isOpen.load(std::memory_order_acquire) || !_active.load(std::memory_order_relaxed))
         return;
     std::optional<std::string_view> domain;
     if (context && context->domain())
@@ -187,7 +204,21 @@ void ZRApplicationLog::log(uint32_t level, std::unique_ptr<ZRApplicationLogConte
     ZRLog::log(line);
 }
 
-const ZRApplicationLogRule* ZRApplicationLog::ruleForDomain(std::optional<std::string_view> domain) const noexcept
+std::vector<ZRApplicationLogRule> ZRApplicationLog::rules() const
+{
+    std::lock_guard lock(_settingsMutex);
+    return _rules;
+}
+
+std::optional<ZRApplicationLogRule> ZRApplicationLog::ruleForDomain(std::optional<std::string_view> domain) const
+{
+    std::lock_guard lock(_settingsMutex);
+    if (const ZRApplicationLogRule* rule = _ruleForDomain(domain))
+        return *rule;
+    return std::nullopt;
+}
+
+const ZRApplicationLogRule* ZRApplicationLog::_ruleForDomain(std::optional<std::string_view> domain) const noexcept
 {
     if (!domain)
         return nullptr;
@@ -195,10 +226,12 @@ const ZRApplicationLogRule* ZRApplicationLog::ruleForDomain(std::optional<std::s
     return rule == _rules.end() ? nullptr : &*rule;
 }
 
-void ZRApplicationLog::removeRule(const ZRApplicationLogRule* rule)
+void ZRApplicationLog::removeRule(const std::optional<ZRApplicationLogRule>& rule)
 {
-    auto found = std::find_if(
-        _rules.begin(), _rules.end(), [&](const ZRApplicationLogRule& candidate) { return &candidate == rule; });
+    if (!rule)
+        return;
+    std::lock_guard lock(_settingsMutex);
+    auto found = std::find(_rules.begin(), _rules.end(), *rule);
     if (found == _rules.end())
         return;
     _rules.erase(found);
@@ -213,6 +246,7 @@ void ZRApplicationLog::_setActive(bool active)
         ZRLog::log(ZRStringWithFormat(
             format, date, name, infoString("CFBundleShortVersionString"), infoString("CFBundleVersion")));
     };
+    std::lock_guard lock(_settingsMutex);
     if (active) {
         _active = true;
         banner("%@ ===== %@ %@ %@ logging activated\n");
@@ -223,9 +257,10 @@ void ZRApplicationLog::_setActive(bool active)
     _updateDefaults();
 }
 
-uint32_t ZRApplicationLog::_thresholdForDomain(std::optional<std::string_view> domain) const noexcept
+uint32_t ZRApplicationLog::_thresholdForDomain(std::optional<std::string_view> domain) const
 {
-    const ZRApplicationLogRule* rule = ruleForDomain(domain);
+    std::lock_guard lock(_settingsMutex);
+    const ZRApplicationLogRule* rule = _ruleForDomain(domain);
     if (!rule)
         return _defaultThreshold;
     return rule->active() ? rule->threshold() : ZRLogSilentThreshold;
@@ -233,6 +268,7 @@ uint32_t ZRApplicationLog::_thresholdForDomain(std::optional<std::string_view> d
 
 void ZRApplicationLog::_setThreshold(uint32_t level)
 {
+    std::lock_guard lock(_settingsMutex);
     for (ZRApplicationLogRule& rule : _rules)
         rule.setThreshold(level);
     _defaultThreshold = level;
@@ -241,6 +277,7 @@ void ZRApplicationLog::_setThreshold(uint32_t level)
 
 void ZRApplicationLog::_setThreshold(uint32_t level, std::optional<std::string_view> domain)
 {
+    std::lock_guard lock(_settingsMutex);
     if (!domain) {
         _defaultThreshold = level;
     } else if (auto rule = findRule(_rules, *domain); rule != _rules.end()) {
@@ -257,7 +294,7 @@ void ZRApplicationLog::_updateDefaults() const
     for (const ZRApplicationLogRule& rule : _rules)
         rules.push_back(rule.state());
     ZRUserDefaults& defaults = ZRUserDefaults::standard();
-    defaults.setObject(ZRDebugLoggingActiveKey, _active);
+    defaults.setObject(ZRDebugLoggingActiveKey, _active.load());
     defaults.setObject(ZRDebugDefaultThresholdKey, _defaultThreshold);
     defaults.setObject(ZRDebugRulesKey, std::move(rules));
 }

@@ -6,8 +6,10 @@
 #include <zrbase/host/foundation/ZRExport.h>
 #include <zrbase/host/foundation/ZRStringWithFormat.h>
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <span>
 #include <string>
@@ -23,19 +25,22 @@ inline constexpr uint32_t ZRLogLevelError = 4;
 
 // The application's debug log: "~/Library/Logs/Velmora/<application name>.log", switched on and off by the user
 // default "Debug Logging Active", with a threshold per domain ("Debug Rules") and one for all other domains
-// ("Debug Default Threshold"). Out of the box it is off, and when switched on only errors pass.
+// ("Debug Default Threshold"). Out of the box it is off, and when switched on only errors pass. While it is open,
+// the sentence of every error made reaches it at error level.
 //
-// The class operations act on the one log of the process, made on first use (or by create() at start-up) and
-// ended by dispose(); when the log folder cannot be made they do nothing. Any thread may log; settings are
-// changed from one thread while nobody logs.
+// The class operations act on the one log of the process, opened on first use (or by create() at start-up) and
+// closed by dispose(); when the log folder cannot be made they do nothing. The log object itself lives as long as
+// the process, so a pointer to it stays valid across dispose() and a later reopening: a closed log writes nothing.
+// Any thread may log, change the settings, dispose or reopen the log.
 class ZR_EXPORT ZRApplicationLog : public ZRLog {
 public:
-    // The log, made on first use; null when its file cannot be opened (the failure was shown as an alert).
+    // The log, opened on first use and on the first use after dispose(); null when its folder or file cannot be
+    // made (the failure was shown as an alert).
     static ZRApplicationLog* sharedLog();
-    // The log if it has been made, without making it.
+    // The log while it is open, without opening it.
     static ZRApplicationLog* existingLog() noexcept;
     static void create();
-    // Writes the termination banner when active, flushes and ends the log.
+    // Writes the termination banner when active, flushes and closes the log.
     static void dispose();
 
     // Writes the "logging activated" or "logging deactivated" banner, even when nothing changes.
@@ -96,17 +101,20 @@ public:
     }
     using ZRLog::log;
 
-    // The rules in the order they were loaded or added.
-    const std::vector<ZRApplicationLogRule>& rules() const noexcept { return _rules; }
-    // The first rule of the domain, null for none or no domain.
-    const ZRApplicationLogRule* ruleForDomain(std::optional<std::string_view> domain) const noexcept;
-    // Removes a rule of rules() and saves the settings; null is ignored.
-    void removeRule(const ZRApplicationLogRule* rule);
-
-    ~ZRApplicationLog() override;
+    // A copy of the rules in the order they were loaded or added.
+    std::vector<ZRApplicationLogRule> rules() const;
+    // The first rule of the domain, none for none or no domain.
+    std::optional<ZRApplicationLogRule> ruleForDomain(std::optional<std::string_view> domain) const;
+    // Removes the first rule equal to the given one and saves the settings; none, or a rule not in the list, is
+    // ignored.
+    void removeRule(const std::optional<ZRApplicationLogRule>& rule);
 
 private:
     ZRApplicationLog();
+    ~ZRApplicationLog() override;
+    static ZRApplicationLog& _instance();
+    static void _writeErrorSentence(std::string_view sentence);
+    void _loadSettings();
     bool _open();
     template <typename... Arguments>
     static void _log(uint32_t level, std::unique_ptr<ZRApplicationLogContext> context, std::string_view format,
@@ -117,12 +125,17 @@ private:
     }
 
     void _setActive(bool active);
-    uint32_t _thresholdForDomain(std::optional<std::string_view> domain) const noexcept;
+    uint32_t _thresholdForDomain(std::optional<std::string_view> domain) const;
     void _setThreshold(uint32_t level);
     void _setThreshold(uint32_t level, std::optional<std::string_view> domain);
+    // Callers hold _settingsMutex.
+    const ZRApplicationLogRule* _ruleForDomain(std::optional<std::string_view> domain) const noexcept;
     void _updateDefaults() const;
 
-    bool _active = false;
+    std::atomic<bool> _isOpen { false };
+    std::atomic<bool> _active { false };
+    // Guards the rules and the default threshold, and keeps the settings and their user defaults in step.
+    mutable std::mutex _settingsMutex;
     std::vector<ZRApplicationLogRule> _rules;
     uint32_t _defaultThreshold = ZRLogLevelError;
 };

@@ -1,14 +1,16 @@
 #include <zrbase/core/ZRError.h>
 
-#include <zrbase/core/ZRApplicationLog.h>
 #include <zrbase/host/foundation/ZRAlertPresenter.h>
 #include <zrbase/host/foundation/ZRConsoleLog.h>
 #include <zrbase/host/foundation/ZRLocalizedString.h>
 #include <zrbase/host/foundation/ZRStringWithFormat.h>
 
+#include <atomic>
 #include <stdexcept>
 
 namespace {
+
+std::atomic<ZRErrorSentenceSink> sentenceSink { nullptr };
 
 std::optional<std::string> stringForKey(const ZRDictionary& userInfo, std::string_view key)
 {
@@ -52,6 +54,11 @@ std::shared_ptr<ZRError> ZRError::errorWithCode(int32_t code, std::string_view a
     return std::shared_ptr<ZRError>(new ZRError(errorClass, code, _userInfoForCode(errorClass, code, action)));
 }
 
+ZRErrorSentenceSink ZRError::setSentenceSink(ZRErrorSentenceSink sink) noexcept
+{
+    return sentenceSink.exchange(sink, std::memory_order_acq_rel);
+}
+
 ZRDictionary ZRError::_userInfoForCode(const ZRErrorClass& errorClass, int32_t code, std::string_view action)
 {
     std::optional<std::string> reason = errorClass.failureReasonForError(code);
@@ -59,8 +66,8 @@ ZRDictionary ZRError::_userInfoForCode(const ZRErrorClass& errorClass, int32_t c
     // the text a missing object formats to.
     std::string sentence
         = ZRStringWithFormat(ZRLocalizedString("%@ failed because %@"), action, reason ? *reason : "(null)");
-    if (ZRApplicationLog* log = ZRApplicationLog::existingLog())
-        log->log(ZRLogLevelError, nullptr, "%@", sentence);
+    if (ZRErrorSentenceSink sink = sentenceSink.load(std::memory_order_acquire))
+        sink(sentence);
     if (!reason)
         throw std::invalid_argument(ZRStringWithFormat(
             "%s: code %d of %@ has no failure reason (%@)", errorClass.name, code, errorClass.domain(), sentence));

@@ -27,6 +27,10 @@ struct ZRErrorClass {
     std::optional<std::vector<std::string>> (*recoveryOptions)();
 };
 
+// Where the sentence of every error made goes, at the moment it is made; the application log installs itself here
+// when it opens. The sink may be called from any thread.
+using ZRErrorSentenceSink = void (*)(std::string_view sentence);
+
 // A failure described for the user: a domain, a signed 32-bit code and user information holding the sentence
 // "<action> failed because <reason>". Errors are immutable once handed out and may cross threads.
 //
@@ -43,10 +47,12 @@ public:
     static std::optional<std::vector<std::string>> recoveryOptions() { return std::nullopt; }
     static const ZRErrorClass& errorClassObject();
 
-    // Builds the error: the reason from the class's table, the sentence written to the application log at error
-    // level, the user information filled. A code whose reason is none is a programming error: the sentence is
-    // logged with "(null)" as reason and std::invalid_argument is thrown.
+    // Builds the error: the reason from the class's table, the sentence handed to the sentence sink (the
+    // application log writes it at error level), the user information filled. A code whose reason is none is a
+    // programming error: the sentence is logged with "(null)" as reason and std::invalid_argument is thrown.
     static std::shared_ptr<ZRError> errorWithCode(int32_t code, std::string_view action);
+    // Installs the sink of the sentences (null for none) and answers the previous one.
+    static ZRErrorSentenceSink setSentenceSink(ZRErrorSentenceSink sink) noexcept;
 
     const std::string& domain() const noexcept { return _domain; }
     int32_t code() const noexcept { return _code; }

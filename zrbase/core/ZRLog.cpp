@@ -1,7 +1,10 @@
 #include <zrbase/core/ZRLog.h>
 
-#include <zrbase/file/ZRFile.h>
+#include <zrbase/core/ZRFileError.h>
+#include <zrbase/host/foundation/ZRAppendFile.h>
 #include <zrbase/host/foundation/ZRData.h>
+#include <zrbase/host/foundation/ZRLocalizedString.h>
+#include <zrbase/host/foundation/ZRPath.h>
 #include <zrbase/host/foundation/ZRTimer.h>
 #include <zrbase/host/foundation/ZRUnicode.h>
 
@@ -15,6 +18,7 @@
 #include <sys/wait.h>
 #include <system_error>
 #include <thread>
+#include <unistd.h>
 #include <vector>
 
 extern char** environ;
@@ -36,7 +40,7 @@ struct ZRLog::State {
     std::mutex queueMutex;
     std::vector<ZRData> messageQueue;
     std::mutex fileMutex;
-    std::unique_ptr<ZRFile> file;
+    std::unique_ptr<ZRAppendFile> file;
 
     void enqueue(std::string_view bytes)
     {
@@ -63,7 +67,7 @@ struct ZRLog::State {
             return;
         // A log has nobody to report its own failures to: lines that do not reach the disk are dropped.
         for (const ZRData& block : batch)
-            file->writeData(block);
+            file->append(block);
         file->synchronize();
     }
 };
@@ -93,12 +97,18 @@ bool ZRLog::setPath(const std::string& path, ZRErrorPtr* error)
 {
     std::lock_guard lock(_state->fileMutex);
     _state->file.reset();
-    if (!ZRFile::existsAtPath(path) && !ZRFile::createFileAtPath(path, error))
+    const std::string conformed = ZRConformPath(path);
+    // The file is opened for appending in the system's sense, so that lines of other processes logging to the
+    // same file (two copies of one application) never overwrite ours, nor ours theirs.
+    const bool existed = access(conformed.c_str(), F_OK) == 0;
+    int code = 0;
+    _state->file = ZRAppendFile::open(conformed, &code);
+    if (!_state->file) {
+        if (error)
+            *error
+                = ZRFileError::errorWithCode(code, ZRLocalizedString(existed ? "Opening a file" : "Creating a file"));
         return false;
-    std::unique_ptr<ZRFile> file = ZRFile::fileWithPath(path, error);
-    if (!file || !file->moveToEnd(error))
-        return false;
-    _state->file = std::move(file);
+    }
     return true;
 }
 
