@@ -1,4 +1,5 @@
 #include <zrbase/app/ZRApplication.h>
+#include <zrbase/core/ZRError.h>
 #include <zrbase/file/ZRFile.h>
 #include <zrbase/host/audio/ZRCoreAudioTypes.h>
 #include "support/ZRTestFiles.h"

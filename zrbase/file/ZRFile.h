@@ -1,6 +1,6 @@
 #pragma once
 
-#include <zrbase/core/ZRError.h>
+#include <zrbase/core/ZRErrorFwd.h>
 #include <zrbase/core/ZRStringExtension.h>
 #include <zrbase/core/ZRUUID.h>
 #include <zrbase/host/foundation/ZRData.h>
