@@ -41,7 +41,6 @@ ZRFile::~ZRFile()
 
 bool ZRFile::_open(ZRErrorPtr* error)
 {
-    const int errorBefore = errno;
     _isWritable = true;
     _file = std::fopen(_path.c_str(), "r+");
     if (!_file) {
@@ -49,8 +48,6 @@ bool ZRFile::_open(ZRErrorPtr* error)
         _file = std::fopen(_path.c_str(), "r");
         if (!_file)
             return ZRFileError::fail(error, errno, "Opening a file");
-        // The refused read-write attempt is no failure of this handle: later short reads look at errno.
-        errno = errorBefore;
     }
     return true;
 }
@@ -184,13 +181,17 @@ bool ZRFile::_readToBuffer(void* buffer, uint32_t length, ZRErrorPtr* error)
         return true;
     if (!_file)
         return ZRFileError::fail(error, EBADF, "Reading from a file");
+    // The stream's own state tells the end of the file from a read error; errno may still hold what an earlier,
+    // unrelated call left there. A short read at the end of the file counts as success on purpose.
+    std::clearerr(_file);
+    errno = 0;
     const bool complete = std::fread(buffer, length, 1, _file) == 1;
     const int code = errno;
+    const bool failed = !complete && std::ferror(_file);
     _dropCachedPages();
-    // A short read leaves errno alone at the end of the file; that case counts as success on purpose.
-    if (complete || code == 0)
+    if (!failed)
         return true;
-    return ZRFileError::fail(error, code, "Reading from a file");
+    return ZRFileError::fail(error, code != 0 ? code : EIO, "Reading from a file");
 }
 
 std::optional<ZRData> ZRFile::readDataOfLength(uint32_t length)

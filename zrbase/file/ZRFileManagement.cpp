@@ -2,6 +2,7 @@
 
 #include <zrbase/core/ZRFileError.h>
 #include <zrbase/file/ZRFileManagerHandler.h>
+#include <zrbase/file/ZRFilePrivate.h>
 #include <zrbase/host/foundation/ZRLocalizedString.h>
 #include <zrbase/host/foundation/ZRPath.h>
 #include <zrbase/host/foundation/ZRStringWithFormat.h>
@@ -110,8 +111,8 @@ bool ZRFile::createDirectoryAtPath(const std::string& path, ZRErrorPtr* error)
 
 bool ZRFile::movePath(const std::string& source, const std::string& destination, ZRErrorPtr* error)
 {
-    const std::string from = conformPath(source);
-    const std::string to = conformPath(destination);
+    const std::string from = ZRFileItemPath(conformPath(source));
+    const std::string to = ZRFileItemPath(conformPath(destination));
     if (from == to)
         return true;
     if (equalIgnoringCase(from, to)) {
@@ -149,23 +150,26 @@ bool ZRFile::movePath(const std::string& source, const std::string& destination,
 
 bool ZRFile::deleteFileAtPath(const std::string& path, ZRErrorPtr* error)
 {
-    const std::string conformed = conformPath(path);
+    const std::string item = ZRFileItemPath(conformPath(path));
+    const std::string name = item.substr(item.rfind('/') + 1);
+    // "…/." and "…/.." name a folder by a way round; like rm, a delete refuses them rather than guess.
+    if (name == "." || name == "..")
+        return failThroughHandler(error, "Deleting '%@'", name, EINVAL, item);
     struct stat status;
     // A dangling link counts as something to delete, unlike for existsAtPath.
-    if (lstat(conformed.c_str(), &status) != 0)
+    if (lstat(item.c_str(), &status) != 0)
         return true;
     std::error_code code;
-    std::filesystem::remove_all(conformed, code);
+    std::filesystem::remove_all(item, code);
     if (code)
-        return failThroughHandler(
-            error, "Deleting '%@'", ZRExtension::lastPathComponent(conformed), code.value(), conformed);
+        return failThroughHandler(error, "Deleting '%@'", ZRExtension::lastPathComponent(item), code.value(), item);
     return true;
 }
 
 bool ZRFile::copyPath(const std::string& source, const std::string& destination, ZRErrorPtr* error)
 {
-    const std::string from = conformPath(source);
-    if (const std::error_code code = ZRFileCopier::copyItem(from, conformPath(destination)))
+    const std::string from = ZRFileItemPath(conformPath(source));
+    if (const std::error_code code = ZRFileCopier::copyItem(from, ZRFileItemPath(conformPath(destination))))
         return failThroughHandler(error, "Copying '%@'", ZRExtension::lastPathComponent(from), code.value(), from);
     return true;
 }

@@ -1,6 +1,7 @@
 #include <zrbase/file/ZRFile.h>
 
 #include <zrbase/core/ZRSecurityError.h>
+#include <zrbase/file/ZRFilePrivate.h>
 #include <zrbase/host/foundation/ZRLocalizedString.h>
 #include <zrbase/host/foundation/ZRStringWithFormat.h>
 #include <zrbase/host/system/ZRPrivilegedTool.h>
@@ -19,13 +20,14 @@ bool failWithStatus(ZRErrorPtr* error, int32_t status, std::string_view action, 
 
 // A path as the privileged tools get it. pkexec starts its program in root's home folder, so a relative path is made
 // absolute. A path that would still begin with "-" (when the working folder is gone) would be read by the tool as
-// an option, "-rf" among them; "./" in front names the same file and is no option.
+// an option, "-rf" among them; "./" in front names the same file and is no option. A trailing slash goes, so that
+// the tools act on a link and not on the folder it points to.
 std::string toolArgument(const std::string& path)
 {
     std::error_code code;
-    std::string argument = path.empty() ? path : std::filesystem::absolute(path, code).string();
+    std::string argument = path.empty() ? path : ZRFileItemPath(std::filesystem::absolute(path, code).string());
     if (code)
-        argument = path;
+        argument = ZRFileItemPath(path);
     if (argument.starts_with('-'))
         argument.insert(0, "./");
     return argument;
