@@ -134,7 +134,9 @@ TEST(ZRFile, renamesItselfAlsoByCaseAndDeletesItselfWhenAsked)
     EXPECT_EQ(file->path(), folder + "/Take.aif");
     EXPECT_FALSE(ZRFile::existsAtPath(folder + "/take.aif"));
     EXPECT_EQ(file->readCharValue(), 'a');
-    file->setPath(folder + "/mix.aif");
+    // A trailing slash names the same file.
+    file->setPath(folder + "/mix.aif/");
+    EXPECT_EQ(file->path(), folder + "/mix.aif");
     EXPECT_EQ(ZRTestContentsOfFile(folder + "/mix.aif"), "ab");
 
     // The handle is closed after a failed rename; it reports instead of crashing.

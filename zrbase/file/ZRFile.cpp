@@ -1,6 +1,7 @@
 #include <zrbase/file/ZRFile.h>
 
 #include <zrbase/core/ZRFileError.h>
+#include <zrbase/file/ZRFilePrivate.h>
 
 #include <algorithm>
 #include <array>
@@ -62,7 +63,8 @@ void ZRFile::_close() noexcept
 
 bool ZRFile::setPath(const std::string& path, ZRErrorPtr* error)
 {
-    std::string conformed = conformPath(path);
+    // The path the file is moved to, as movePath reads it.
+    std::string conformed = ZRFileItemPath(conformPath(path));
     if (conformed == _path)
         return true;
     _close();
