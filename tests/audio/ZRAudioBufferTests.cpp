@@ -1,5 +1,6 @@
 #include <zrbase/audio/ZRAudioBuffer.h>
 
+#include <zrbase/core/ZRError.h>
 #include <zrbase/file/ZRFile.h>
 #include "support/ZRRecordingAlertPresenter.h"
 #include "support/ZRTestFiles.h"

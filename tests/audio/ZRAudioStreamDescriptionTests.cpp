@@ -1,4 +1,5 @@
 #include <zrbase/audio/ZRAudioStreamDescription.h>
+#include <zrbase/core/ZRError.h>
 #include "support/ZRRecordingAlertPresenter.h"
 #include "support/ZRTestAudioUnit.h"
 

@@ -1,5 +1,6 @@
 #include <zrbase/audio/ZRCircularAudioBuffer.h>
 
+#include <zrbase/core/ZRError.h>
 #include "support/ZRTestAudioBuffers.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,6 @@
 #include <zrbase/audio/ZRNativeAudioBuffer.h>
 
+#include <zrbase/core/ZRError.h>
 #include <zrbase/file/ZRFile.h>
 #include "support/ZRTestAudioBuffers.h"
 #include "support/ZRTestFiles.h"

@@ -1,4 +1,5 @@
 #include <zrbase/app/ZRApplication.h>
+#include <zrbase/core/ZRError.h>
 #include <zrbase/file/ZRFile.h>
 #include <zrbase/host/audio/ZRCoreAudioTypes.h>
 #include "support/ZRTestFiles.h"
@@ -191,6 +192,53 @@ TEST(ZRFileManagement, renamesKeepingTheExtensionAndCopiesFolderEntriesSkippingE
     EXPECT_TRUE(ZRFile::emptyDirectoryAtPath(destination));
     EXPECT_FALSE(ZRFile::emptyDirectoryAtPath(folder + "/missing", &error));
     EXPECT_EQ(description(error), "Listing 'missing' failed because No such file or directory");
+}
+
+// "…/link/" names the link: the kernel would follow it for the trailing slash, the file operations do not, so that
+// nothing beyond the item named is ever removed, moved or copied.
+TEST(ZRFileManagement, actsOnALinkItselfWhenItsPathEndsInASlash)
+{
+    const std::string folder = ZRTestScratchFolder("ZRFileManagementLinks");
+    const std::string target = folder + "/target";
+    ZRFile::createDirectoryAtPath(target);
+    std::ofstream(target + "/take.aif", std::ios::binary) << "keep";
+    const auto makeLink = [&](const std::string& name) {
+        std::filesystem::create_directory_symlink(target, folder + "/" + name);
+        return folder + "/" + name + "/";
+    };
+    const auto targetIsWhole = [&] { return ZRTestContentsOfFile(target + "/take.aif") == "keep"; };
+
+    ZRErrorPtr error;
+    EXPECT_TRUE(ZRFile::deleteFileAtPath(makeLink("deleted"), &error));
+    EXPECT_FALSE(std::filesystem::is_symlink(folder + "/deleted"));
+    EXPECT_TRUE(targetIsWhole());
+
+    EXPECT_TRUE(ZRFile::movePath(makeLink("moved"), folder + "/renamed/", &error));
+    EXPECT_TRUE(std::filesystem::is_symlink(folder + "/renamed"));
+    EXPECT_TRUE(ZRFile::copyPath(folder + "/renamed/", folder + "/copied", &error));
+    EXPECT_TRUE(std::filesystem::is_symlink(folder + "/copied"));
+    EXPECT_TRUE(targetIsWhole());
+
+    // Emptying a folder removes a link in it as a link.
+    ZRFile::createDirectoryAtPath(folder + "/outer");
+    std::filesystem::create_directory_symlink(target, folder + "/outer/inner");
+    EXPECT_TRUE(ZRFile::emptyDirectoryAtPath(folder + "/outer/", &error));
+    EXPECT_EQ(ZRFile::contentsOfDirectoryAtPath(folder + "/outer"), std::vector<std::string> {});
+    EXPECT_TRUE(targetIsWhole());
+
+    // A folder named by a way round is not deleted at all.
+    EXPECT_FALSE(ZRFile::deleteFileAtPath(folder + "/renamed/.", &error));
+    EXPECT_EQ(description(error).substr(0, 26), "Deleting '.' failed becaus");
+    EXPECT_FALSE(ZRFile::deleteFileAtPath(target + "/..", &error));
+    EXPECT_TRUE(targetIsWhole());
+
+    if (geteuid() == 0) {
+        EXPECT_TRUE(ZRFile::deleteFileAtPathWithAuthentication(folder + "/copied/", &error));
+        EXPECT_FALSE(std::filesystem::is_symlink(folder + "/copied"));
+        EXPECT_TRUE(ZRFile::movePathWithAuthentication(folder + "/renamed/", folder + "/again", &error));
+        EXPECT_TRUE(std::filesystem::is_symlink(folder + "/again"));
+        EXPECT_TRUE(targetIsWhole());
+    }
 }
 
 TEST(ZRFileManagement, privilegedToolsTakeHostileNamesAsNamesAndReportTheirFailures)

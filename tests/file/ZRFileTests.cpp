@@ -81,11 +81,14 @@ TEST(ZRFile, readsAndWritesTypedValuesInNativeOrderAndReadsShortAtTheEndLenientl
     EXPECT_EQ(file->length(), 32);
     EXPECT_EQ(file->position(), 8);
 
-    // Three bytes left: the read succeeds, fills three bytes and leaves the rest zero.
-    errno = 0;
-    EXPECT_EQ(file->readLongLongValueAtPosition(29), 0);
-    errno = 0;
+    // Four or six bytes left: the read succeeds, fills them and leaves the rest zero, also when an earlier,
+    // unrelated call left errno set; only the stream knows whether it met the end or an error.
+    ZRRecordingAlertPresenter presenter;
+    errno = ENOENT;
+    EXPECT_EQ(file->readLongLongValueAtPosition(28), 7);
+    errno = EACCES;
     EXPECT_EQ(file->readDataOfLength(8, 26), (ZRData { 0x22, 0x11, 7, 0, 0, 0, 0, 0 }));
+    EXPECT_TRUE(presenter.alerts().empty());
     EXPECT_TRUE(file->moveToEnd());
     EXPECT_EQ(file->position(nullptr), 32);
     EXPECT_EQ(file->readDataOfLength(0), ZRData());
@@ -131,7 +134,9 @@ TEST(ZRFile, renamesItselfAlsoByCaseAndDeletesItselfWhenAsked)
     EXPECT_EQ(file->path(), folder + "/Take.aif");
     EXPECT_FALSE(ZRFile::existsAtPath(folder + "/take.aif"));
     EXPECT_EQ(file->readCharValue(), 'a');
-    file->setPath(folder + "/mix.aif");
+    // A trailing slash names the same file.
+    file->setPath(folder + "/mix.aif/");
+    EXPECT_EQ(file->path(), folder + "/mix.aif");
     EXPECT_EQ(ZRTestContentsOfFile(folder + "/mix.aif"), "ab");
 
     // The handle is closed after a failed rename; it reports instead of crashing.

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <zrbase/app/ZRResponder.h>
-#include <zrbase/core/ZRError.h>
+#include <zrbase/core/ZRErrorFwd.h>
 #include <zrbase/host/foundation/ZRExport.h>
 #include <zrbase/host/foundation/ZRModalResponse.h>
 #include <zrbase/host/foundation/ZRPropertyList.h>

@@ -1,20 +1,13 @@
 #include <zrbase/audio/ZRAudioBuffer.h>
 
+#include <zrbase/core/ZRError.h>
 #include <zrbase/file/ZRFile.h>
-#include <zrbase/host/foundation/ZRLocalizedString.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
 namespace {
-
-bool fail(ZRErrorPtr* error, int32_t code, const char* action)
-{
-    if (error)
-        *error = ZRError::errorWithCode(code, ZRLocalizedString(action));
-    return false;
-}
 
 // The entries lie beyond the one the structure declares, so they are reached through a pointer.
 AudioBuffer& entry(AudioBufferList* list, uint32_t index) noexcept { return *(list->mBuffers + index); }
@@ -100,7 +93,7 @@ bool ZRAudioBuffer::_initWithAudioBuffer(
         destroy();
         auto* list = static_cast<AudioBufferList*>(std::calloc(1, ZRAudioBufferListSize(bufferIndexes.count())));
         if (!list)
-            return fail(error, 1, "Creating the audio buffer list");
+            return ZRError::fail(error, 1, "Creating the audio buffer list");
         list->mNumberBuffers = bufferIndexes.count();
         uint32_t slot = 0;
         for (uint32_t index : bufferIndexes)
@@ -139,7 +132,7 @@ bool ZRAudioBuffer::createWithNumberOfBuffers(uint32_t count, uint32_t length, Z
         return false;
     auto* list = static_cast<AudioBufferList*>(std::calloc(1, ZRAudioBufferListSize(count)));
     if (!list)
-        return fail(error, 1, "Creating the audio buffer list");
+        return ZRError::fail(error, 1, "Creating the audio buffer list");
     // The list is ours from here on, so that what a failure below leaves behind is still freed by destroy.
     _list = list;
     _freeBufferListWhenDone = true;
@@ -154,7 +147,7 @@ bool ZRAudioBuffer::createWithNumberOfBuffers(uint32_t count, uint32_t length, Z
             continue;
         buffer.mData = std::calloc(1, length);
         if (!buffer.mData)
-            return fail(error, 1, "Creating an audio buffer");
+            return ZRError::fail(error, 1, "Creating an audio buffer");
         _blocks[index] = buffer.mData;
     }
     _freeDataWhenDone = length != 0;
@@ -343,15 +336,15 @@ bool ZRAudioBuffer::copyRange(ZRIndexRange range, uint32_t sourceIndex, const ZR
 {
     constexpr const char* action = "Copying between buffers";
     if (!_list)
-        return fail(error, 8, action);
+        return ZRError::fail(error, 8, action);
     if (destinationIndex >= count())
-        return fail(error, 2, action);
+        return ZRError::fail(error, 2, action);
     if (sourceIndex >= source.count())
-        return fail(error, 3, action);
+        return ZRError::fail(error, 3, action);
     if (uint32_t(position + range.length) > length())
-        return fail(error, 4, action);
+        return ZRError::fail(error, 4, action);
     if (uint32_t(range.location + range.length) > source.length())
-        return fail(error, 5, action);
+        return ZRError::fail(error, 5, action);
     if (range.length == 0)
         return true;
 
@@ -361,7 +354,7 @@ bool ZRAudioBuffer::copyRange(ZRIndexRange range, uint32_t sourceIndex, const ZR
         || !fits(range.location, range.length, std::min(source.length(), from.mDataByteSize)))
         return true;
     if (!to.mData || !from.mData)
-        return fail(error, 8, action);
+        return ZRError::fail(error, 8, action);
     std::memmove(static_cast<uint8_t*>(to.mData) + position, static_cast<const uint8_t*>(from.mData) + range.location,
         range.length);
     return true;
@@ -370,7 +363,7 @@ bool ZRAudioBuffer::copyRange(ZRIndexRange range, uint32_t sourceIndex, const ZR
 bool ZRAudioBuffer::copyRange(ZRIndexRange range, const ZRAudioBuffer& source, uint32_t position, ZRErrorPtr* error)
 {
     if (count() != source.count())
-        return fail(error, 6, "Copying a buffer range");
+        return ZRError::fail(error, 6, "Copying a buffer range");
     for (uint32_t index = 0; index < count(); ++index) {
         if (!copyRange(range, index, source, position, index, error))
             return false;
@@ -382,7 +375,7 @@ bool ZRAudioBuffer::copyBufferAtIndex(
     uint32_t sourceIndex, const ZRAudioBuffer& source, uint32_t destinationIndex, ZRErrorPtr* error)
 {
     if (source.length() != length())
-        return fail(error, 7, "Copying a buffer channel");
+        return ZRError::fail(error, 7, "Copying a buffer channel");
     return copyRange({ 0, length() }, sourceIndex, source, 0, destinationIndex, error);
 }
 

@@ -4,7 +4,9 @@
 #include <zrbase/audio/ZRNativeAudioBuffer.h>
 #include <zrbase/host/audio/ZRRealFFT.h>
 
+#if defined(__x86_64__)
 #include <xmmintrin.h>
+#endif
 
 #include <algorithm>
 #include <climits>
@@ -13,15 +15,21 @@
 
 namespace {
 
-// Square roots through the four-float instruction that the baseline and AVX2 builds both have: the compiler keeps
-// sqrtf scalar while it must be able to set errno.
+// Square roots through the four-float instruction that the x86-64 baseline and AVX2 builds both have: the compiler
+// keeps sqrtf scalar while it must be able to set errno. Other targets take the roots lane by lane; each way is
+// correctly rounded and gives the same floats.
 [[gnu::always_inline]] inline void squareRoot(ZRFloat8& x) noexcept
 {
+#if defined(__x86_64__)
     __m128 halves[2];
     std::memcpy(halves, &x, sizeof halves);
     halves[0] = _mm_sqrt_ps(halves[0]);
     halves[1] = _mm_sqrt_ps(halves[1]);
     std::memcpy(&x, halves, sizeof halves);
+#else
+    for (size_t lane = 0; lane < ZRLanes; ++lane)
+        x[lane] = std::sqrt(x[lane]);
+#endif
 }
 
 // atan(t) = t × P(t²) for t in [0, 1]: a Chebyshev fit of degree 7 in t², within 6.4e-8 of the arctangent;

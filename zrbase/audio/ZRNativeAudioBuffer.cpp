@@ -1,7 +1,7 @@
 #include <zrbase/audio/ZRNativeAudioBuffer.h>
 
 #include <zrbase/audio/ZRFloatVectorPrivate.h>
-#include <zrbase/host/foundation/ZRLocalizedString.h>
+#include <zrbase/core/ZRError.h>
 
 #include <algorithm>
 #include <cmath>
@@ -303,13 +303,6 @@ template <typename Initialise> std::unique_ptr<ZRNativeAudioBuffer> made(Initial
     return buffer;
 }
 
-bool fail(ZRErrorPtr* error, int32_t code, const char* action)
-{
-    if (error)
-        *error = ZRError::errorWithCode(code, ZRLocalizedString(action));
-    return false;
-}
-
 constexpr uint32_t bytes(uint32_t frames) noexcept { return frames * uint32_t(sizeof(float)); }
 constexpr ZRIndexRange bytes(ZRIndexRange frames) noexcept { return { bytes(frames.location), bytes(frames.length) }; }
 
@@ -537,11 +530,11 @@ void ZRNativeAudioBuffer::clearChannel(uint32_t channel, float value) noexcept
 bool ZRNativeAudioBuffer::copyAudioBuffer(const ZRNativeAudioBuffer& source, uint32_t position, ZRErrorPtr* error)
 {
     if (source.channels() != channels())
-        return fail(error, 7, "Copying a buffer range");
+        return ZRError::fail(error, 7, "Copying a buffer range");
     // The position enters this test in bytes while the frame counts are frames; the copy below still refuses
     // anything that would leave the buffer.
     if (source.frames() + bytes(position) > frames())
-        return fail(error, 4, "Copying a buffer channel");
+        return ZRError::fail(error, 4, "Copying a buffer channel");
     for (uint32_t channel = 0; channel < channels(); ++channel) {
         if (!copyRange({ 0, source.length() }, channel, source, bytes(position), channel, error))
             return false;
@@ -554,13 +547,13 @@ bool ZRNativeAudioBuffer::mixChannel(uint32_t sourceChannel, const ZRNativeAudio
 {
     constexpr const char* action = "Mixing buffers";
     if (source.frames() != frames())
-        return fail(error, 4, action);
+        return ZRError::fail(error, 4, action);
     if (frames() == 0)
         return true;
     if (destinationChannel >= channels())
-        return fail(error, 2, action);
+        return ZRError::fail(error, 2, action);
     if (sourceChannel >= source.channels())
-        return fail(error, 3, action);
+        return ZRError::fail(error, 3, action);
     const std::span<float> destination = _samples(destinationChannel);
     const std::span<const float> from = source._samples(sourceChannel);
     mixSamples(destination.first(std::min(destination.size(), from.size())), from.data(), level);
@@ -570,7 +563,7 @@ bool ZRNativeAudioBuffer::mixChannel(uint32_t sourceChannel, const ZRNativeAudio
 bool ZRNativeAudioBuffer::mixAudioBuffer(const ZRNativeAudioBuffer& source, float level, ZRErrorPtr* error)
 {
     if (source.channels() != channels())
-        return fail(error, 7, "Mixing buffers");
+        return ZRError::fail(error, 7, "Mixing buffers");
     for (uint32_t channel = 0; channel < channels(); ++channel) {
         if (!mixChannel(channel, source, channel, level, error))
             return false;

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <zrbase/core/ZRErrorFwd.h>
 #include <zrbase/host/foundation/ZRExport.h>
+#include <zrbase/host/foundation/ZRLocalizedString.h>
 #include <zrbase/host/foundation/ZRPropertyList.h>
 
 #include <cstdint>
@@ -9,9 +11,6 @@
 #include <string>
 #include <string_view>
 #include <vector>
-
-class ZRError;
-using ZRErrorPtr = std::shared_ptr<const ZRError>;
 
 // The keys of an error's user information, with the host's values.
 inline constexpr std::string_view ZRLocalizedDescriptionKey = "NSLocalizedDescription";
@@ -53,6 +52,12 @@ public:
     static std::shared_ptr<ZRError> errorWithCode(int32_t code, std::string_view action);
     // Installs the sink of the sentences (null for none) and answers the previous one.
     static ZRErrorSentenceSink setSentenceSink(ZRErrorSentenceSink sink) noexcept;
+    // The failure of an operation: fills the slot, when one is given, with the error of the code and the localised
+    // action, and answers false, so that `return ZRFileError::fail(error, errno, "Opening a file");` reports it.
+    static bool fail(ZRErrorPtr* error, int32_t code, std::string_view action)
+    {
+        return _fail<ZRError>(error, code, action);
+    }
 
     const std::string& domain() const noexcept { return _domain; }
     int32_t code() const noexcept { return _code; }
@@ -78,6 +83,12 @@ protected:
 
     // Steps of errorWithCode shared by every class: the user information of a code and action.
     static ZRDictionary _userInfoForCode(const ZRErrorClass& errorClass, int32_t code, std::string_view action);
+    template <typename Class> static bool _fail(ZRErrorPtr* error, int32_t code, std::string_view action)
+    {
+        if (error)
+            *error = Class::errorWithCode(code, ZRLocalizedString(action));
+        return false;
+    }
 
     template <typename Derived, typename Base> friend class ZRErrorDomain;
 
@@ -105,6 +116,11 @@ public:
         const ZRErrorClass& errorClass = errorClassObject();
         return std::shared_ptr<Derived>(
             new Derived(errorClass, code, ZRError::_userInfoForCode(errorClass, code, action)));
+    }
+
+    static bool fail(ZRErrorPtr* error, int32_t code, std::string_view action)
+    {
+        return ZRError::_fail<Derived>(error, code, action);
     }
 
     // An error of this class with user information of the caller's own, built without the table.

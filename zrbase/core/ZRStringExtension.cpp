@@ -98,27 +98,12 @@ constexpr char16_t ZRMacOSRomanUpper[128] = { 0x00C4, 0x00C5, 0x00C7, 0x00C9, 0x
     0x00CE, 0x00CF, 0x00CC, 0x00D3, 0x00D4, 0xF8FF, 0x00D2, 0x00DA, 0x00DB, 0x00D9, 0x0131, 0x02C6, 0x02DC, 0x00AF,
     0x02D8, 0x02D9, 0x02DA, 0x00B8, 0x02DD, 0x02DB, 0x02C7 };
 
-void appendCharacter(std::string& text, char32_t character)
-{
-    if (character < 0x80) {
-        text.push_back(static_cast<char>(character));
-    } else if (character < 0x800) {
-        text.push_back(static_cast<char>(0xC0 | character >> 6));
-        text.push_back(static_cast<char>(0x80 | (character & 0x3F)));
-    } else {
-        // Only characters of the Basic Multilingual Plane are ever appended here.
-        text.push_back(static_cast<char>(0xE0 | character >> 12));
-        text.push_back(static_cast<char>(0x80 | (character >> 6 & 0x3F)));
-        text.push_back(static_cast<char>(0x80 | (character & 0x3F)));
-    }
-}
-
 std::string macOSRomanString(std::span<const uint8_t> bytes)
 {
     std::string text;
     text.reserve(bytes.size());
     for (const uint8_t byte : bytes)
-        appendCharacter(text, byte < 0x80 ? byte : ZRMacOSRomanUpper[byte - 0x80]);
+        ZRUnicode::appendUTF8(text, byte < 0x80 ? byte : ZRMacOSRomanUpper[byte - 0x80]);
     return text;
 }
 
@@ -326,7 +311,7 @@ std::string asciiStringWithData(std::span<const uint8_t> data)
     std::string text;
     text.reserve(data.size());
     for (const uint8_t byte : data)
-        appendCharacter(text, byte < 0x80 ? byte : U'\uFFFD');
+        ZRUnicode::appendUTF8(text, byte < 0x80 ? byte : U'\uFFFD');
     return text;
 }
 

@@ -9,8 +9,8 @@
 
 // The recursion of a filter is serial within a channel, but channels are independent: up to eight channels run
 // side by side, one in each lane of a vector of eight floats, in the same loops the float buffer uses (compiler
-// vector extensions; entry points built for AVX2 and for the x86-64 baseline with target_clones). Every lane does
-// the operations of the one-channel loop in the same order, and the project is built without contraction into
+// vector extensions; on x86-64 entry points built for AVX2 and for the baseline, see ZR_VECTOR_CLONES). Every lane
+// does the operations of the one-channel loop in the same order, and the project is built without contraction into
 // fused multiply-adds, so a channel comes out bit for bit the same whichever way it is filtered.
 //
 // Vectors are passed by reference only, so that the two builds of an entry point agree on how they are passed.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <zrbase/core/ZRError.h>
+#include <zrbase/core/ZRErrorFwd.h>
 #include <zrbase/core/ZRStringExtension.h>
 #include <zrbase/core/ZRUUID.h>
 #include <zrbase/host/foundation/ZRData.h>
@@ -22,6 +22,9 @@
 //
 // Operations without an error parameter that have a twin with one (setPath, setLength, writeIntValueToPosition)
 // show a failure as an alert and go on; so do the reads, which have no error form at all.
+//
+// A path names the item at its end: a trailing slash never leads through a link, so "…/link/" deletes, moves or
+// copies the link and never the folder it points to.
 class ZR_EXPORT ZRFile {
 public:
     // Opens an existing file ("r+", then "r"); never creates one. Null with an "Opening a file" error on failure.
@@ -120,7 +123,8 @@ public:
     // Moves or renames; nothing may exist at the destination. Within one file system the item is renamed (a change
     // of letter case only too), across file systems copied and then deleted.
     static bool movePath(const std::string& source, const std::string& destination, ZRErrorPtr* error = nullptr);
-    // Removes a file or a whole folder; a path where nothing exists succeeds at once.
+    // Removes a file or a whole folder; a path where nothing exists succeeds at once. A path ending in "." or ".."
+    // is refused (EINVAL), as rm refuses it.
     static bool deleteFileAtPath(const std::string& path, ZRErrorPtr* error = nullptr);
     // Copies a file, a folder with everything in it, or a link as a link; nothing may exist at the destination.
     // Holes, permissions, times and user attributes go along; memory stays bounded whatever the size.

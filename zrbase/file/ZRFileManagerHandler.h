@@ -1,6 +1,6 @@
 #pragma once
 
-#include <zrbase/core/ZRError.h>
+#include <zrbase/core/ZRErrorFwd.h>
 #include <zrbase/host/foundation/ZRExport.h>
 #include <zrbase/host/foundation/ZRPropertyList.h>
 

@@ -29,3 +29,17 @@ TEST(ZRUnicode, validatesAndRepairsUTF8)
         "\xEF\xBF\xBD"
         "ake \xEF\xBF\xBD\xEF\xBF\xBD");
 }
+
+TEST(ZRUnicode, encodesCharactersAsUTF8)
+{
+    std::string text;
+    for (const char32_t character : { U'A', U'\u00E9', U'\u20AC', U'\U0001D11E', U'\U0010FFFF' })
+        ZRUnicode::appendUTF8(text, character);
+    EXPECT_EQ(text, "A\xC3\xA9\xE2\x82\xAC\xF0\x9D\x84\x9E\xF4\x8F\xBF\xBF");
+    EXPECT_TRUE(ZRUnicode::isValidUTF8(text));
+    // A lone surrogate and a value beyond Unicode have no UTF-8 form.
+    text.clear();
+    for (const char32_t character : { char32_t(0xD800), char32_t(0xDFFF), char32_t(0x110000) })
+        ZRUnicode::appendUTF8(text, character);
+    EXPECT_EQ(text, "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD");
+}

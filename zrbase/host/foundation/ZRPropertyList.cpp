@@ -1,5 +1,6 @@
 #include <zrbase/host/foundation/ZRPropertyList.h>
 
+#include <zrbase/host/foundation/ZRCLocalePrivate.h>
 #include <zrbase/host/foundation/ZRPropertyListPrivate.h>
 #include <zrbase/host/foundation/ZRUnicode.h>
 
@@ -11,7 +12,6 @@
 #include <cstring>
 #include <fcntl.h>
 #include <limits>
-#include <locale.h>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -34,28 +34,6 @@ void fail(std::string* failure, std::string sentence)
     if (failure)
         *failure = std::move(sentence);
 }
-
-// libplist reads and writes reals with the C library, which follows the thread's locale: a German locale would read
-// "2.5" as 2. The property-list formats are locale-independent, so every call into libplist runs in the C locale.
-class CLocaleScope {
-public:
-    CLocaleScope() noexcept
-        : _previous(uselocale(cLocale()))
-    {
-    }
-    ~CLocaleScope() { uselocale(_previous); }
-    CLocaleScope(const CLocaleScope&) = delete;
-    CLocaleScope& operator=(const CLocaleScope&) = delete;
-
-    static locale_t cLocale() noexcept
-    {
-        static const locale_t locale = newlocale(LC_ALL_MASK, "C", static_cast<locale_t>(nullptr));
-        return locale;
-    }
-
-private:
-    locale_t _previous;
-};
 
 bool isSpace(char c) noexcept { return c == ' ' || c == '\t' || c == '\n' || c == '\v' || c == '\f' || c == '\r'; }
 
@@ -121,7 +99,7 @@ double scanDouble(std::string_view text) noexcept
     if (digits.size() > 1 && digits[0] == '0' && (digits[1] == 'x' || digits[1] == 'X'))
         return 0;
     const std::string terminated(text);
-    return strtod_l(terminated.c_str(), nullptr, CLocaleScope::cLocale());
+    return strtod_l(terminated.c_str(), nullptr, ZRCLocaleScope::cLocale());
 }
 
 // Reals convert to integers by truncation, saturating at the ends of the range; NaN gives 0.
@@ -377,7 +355,8 @@ Node parse(std::span<const uint8_t> bytes, std::string* failure)
     }
     plist_t node = nullptr;
     if (!bytes.empty()) {
-        CLocaleScope scope;
+        // libplist reads and writes reals with the C library, which follows the thread's locale.
+        const ZRCLocaleScope scope;
         plist_from_memory(reinterpret_cast<const char*>(bytes.data()), static_cast<uint32_t>(bytes.size()), &node);
     }
     if (!node) {
@@ -398,7 +377,7 @@ std::optional<ZRData> serialize(plist_t node, ZRPropertyList::Format format, std
     char* bytes = nullptr;
     uint32_t length = 0;
     {
-        CLocaleScope scope;
+        const ZRCLocaleScope scope;
         if (format == ZRPropertyList::Format::XML)
             plist_to_xml(node, &bytes, &length);
         else

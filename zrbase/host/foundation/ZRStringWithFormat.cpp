@@ -1,13 +1,12 @@
 #include <zrbase/host/foundation/ZRStringWithFormat.h>
 
+#include <zrbase/host/foundation/ZRCLocalePrivate.h>
 #include <zrbase/host/foundation/ZRPropertyList.h>
 #include <zrbase/host/foundation/ZRUnicode.h>
 
 #include <charconv>
-#include <clocale>
 #include <cstdio>
 #include <ctime>
-#include <locale.h>
 
 namespace {
 
@@ -27,26 +26,6 @@ struct Directive {
     Length length = Length::None;
     char conversion = 0;
     bool valid = true;
-};
-
-// Number formatting must not depend on the process locale: "%.1f" writes "1.5" under a German locale too.
-class CLocaleScope {
-public:
-    CLocaleScope() noexcept
-    {
-        static const locale_t cLocale = newlocale(LC_ALL_MASK, "C", static_cast<locale_t>(nullptr));
-        _previous = cLocale ? uselocale(cLocale) : nullptr;
-    }
-    ~CLocaleScope()
-    {
-        if (_previous)
-            uselocale(_previous);
-    }
-    CLocaleScope(const CLocaleScope&) = delete;
-    CLocaleScope& operator=(const CLocaleScope&) = delete;
-
-private:
-    locale_t _previous;
 };
 
 class Formatter {
@@ -342,24 +321,9 @@ void Formatter::_writeUnit(const Directive& directive, const ZRFormatArgument* a
     uint64_t bits = 0;
     if (!integerBits(argument, bits))
         return _writeNull(directive);
-    uint32_t unit = static_cast<uint16_t>(bits);
-    if (unit >= 0xD800 && unit < 0xE000)
-        unit = 0xFFFD;
-    char encoded[3];
-    size_t size = 1;
-    if (unit < 0x80) {
-        encoded[0] = static_cast<char>(unit);
-    } else if (unit < 0x800) {
-        encoded[0] = static_cast<char>(0xC0 | unit >> 6);
-        encoded[1] = static_cast<char>(0x80 | (unit & 0x3F));
-        size = 2;
-    } else {
-        encoded[0] = static_cast<char>(0xE0 | unit >> 12);
-        encoded[1] = static_cast<char>(0x80 | (unit >> 6 & 0x3F));
-        encoded[2] = static_cast<char>(0x80 | (unit & 0x3F));
-        size = 3;
-    }
-    _writePadded(directive, std::string_view(encoded, size), 1);
+    std::string encoded;
+    ZRUnicode::appendUTF8(encoded, static_cast<uint16_t>(bits));
+    _writePadded(directive, encoded, 1);
 }
 
 // Width and precision of %s count bytes, as in C: the log's " %-12.12s" cuts a UTF-8 domain name at 12 bytes.
@@ -565,7 +529,7 @@ std::string ZRStringWithFormatArguments(std::string_view format, std::span<const
 {
     std::string output;
     output.reserve(format.size() + 16 * arguments.size());
-    const CLocaleScope locale;
+    const ZRCLocaleScope locale;
     Formatter(output, arguments).format(format);
     return output;
 }

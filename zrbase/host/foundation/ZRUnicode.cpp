@@ -59,6 +59,27 @@ std::string validUTF8(std::string_view text)
     return result;
 }
 
+void appendUTF8(std::string& text, char32_t character)
+{
+    if ((character >= 0xD800 && character < 0xE000) || character > 0x10FFFF)
+        character = 0xFFFD;
+    if (character < 0x80) {
+        text.push_back(static_cast<char>(character));
+    } else if (character < 0x800) {
+        text.push_back(static_cast<char>(0xC0 | character >> 6));
+        text.push_back(static_cast<char>(0x80 | (character & 0x3F)));
+    } else if (character < 0x10000) {
+        text.push_back(static_cast<char>(0xE0 | character >> 12));
+        text.push_back(static_cast<char>(0x80 | (character >> 6 & 0x3F)));
+        text.push_back(static_cast<char>(0x80 | (character & 0x3F)));
+    } else {
+        text.push_back(static_cast<char>(0xF0 | character >> 18));
+        text.push_back(static_cast<char>(0x80 | (character >> 12 & 0x3F)));
+        text.push_back(static_cast<char>(0x80 | (character >> 6 & 0x3F)));
+        text.push_back(static_cast<char>(0x80 | (character & 0x3F)));
+    }
+}
+
 size_t utf16Length(std::string_view utf8) noexcept
 {
     size_t units = 0;

@@ -17,5 +17,7 @@ ZR_EXPORT size_t utf16Length(std::string_view utf8) noexcept;
 ZR_EXPORT bool isValidUTF8(std::string_view text) noexcept;
 // The text with every byte that is not part of a well-formed UTF-8 sequence replaced by U+FFFD.
 ZR_EXPORT std::string validUTF8(std::string_view text);
+// Appends the character as UTF-8; a surrogate or a value above U+10FFFF, which UTF-8 cannot carry, becomes U+FFFD.
+ZR_EXPORT void appendUTF8(std::string& text, char32_t character);
 
 }
