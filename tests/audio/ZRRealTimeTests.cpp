@@ -1,5 +1,6 @@
 #include "support/ZRAllocationCounter.h"
 #include <zrbase/audio/ZRCircularAudioBuffer.h>
+#include <zrbase/core/ZRError.h>
 #include <zrbase/dsp/ZRAWeightedFilter.h>
 #include <zrbase/dsp/ZRLowpassFilter.h>
 #include <zrbase/host/foundation/ZRIndexSet.h>
