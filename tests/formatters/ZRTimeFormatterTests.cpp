@@ -119,6 +119,9 @@ TEST(ZRTimeFormatter, survivesValuesThatAreNotTimes)
     // Clocks saturate their count rather than wrap.
     EXPECT_EQ(formatter(ZRTimeFormatMinutesSeconds).stringForObjectValue(1e300), "153722867280912930:07");
     EXPECT_EQ(formatter(ZRTimeFormatMinutesSeconds).stringForObjectValue(nan), "0:00");
+    // A negative rate or tempo counts backwards, field by field.
+    EXPECT_EQ(formatter(ZRTimeFormatSampleBlocks28, -44100).stringForObjectValue(1.001), "-1576;-16");
+    EXPECT_EQ(formatter(ZRTimeFormatBarsBeats480, 0, -120).stringForObjectValue(2.25), "0|-4|-240");
 }
 
 TEST(ZRTimeFormatter, reportsTheLengthOfOneUnit)

@@ -72,8 +72,8 @@ double timeCodeRate(int32_t format) noexcept
 
 int64_t ticksPerBeat(int32_t format) noexcept { return format == ZRTimeFormatBarsBeats480 ? 480 : 960; }
 
-// The text of a clock, written field by field into a buffer that holds the longest one (a sign, four fields of
-// up to 19 digits and their separators), so that the string is allocated once.
+// The text of a clock, written field by field into a buffer that holds the longest one (a sign, four signed fields
+// of up to 19 digits and their separators), so that the string is allocated once.
 class ClockText {
 public:
     explicit ClockText(bool negative) noexcept
@@ -86,9 +86,12 @@ public:
     {
         if (separatorBefore)
             *_end++ = separatorBefore;
+        // Only a negative sample rate or tempo gives a negative field.
+        if (value < 0)
+            *_end++ = '-';
         std::array<char, 20> digits;
         int count = 0;
-        auto rest = static_cast<uint64_t>(value);
+        uint64_t rest = value < 0 ? 0 - static_cast<uint64_t>(value) : static_cast<uint64_t>(value);
         do {
             digits[static_cast<size_t>(count++)] = static_cast<char>('0' + rest % 10);
             rest /= 10;
