@@ -22,6 +22,7 @@
 #include <zrbase/formatters/ZRTimeRemainingFormatter.h>
 #include <zrbase/formatters/ZRTimeSignatureFormatter.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>

@@ -1,12 +1,17 @@
 #include <zrbase/formatters/ZRBooleanFormatter.h>
 #include <zrbase/formatters/ZRChannelsFormatter.h>
+#include <zrbase/formatters/ZRCombineTypeFormatter.h>
+#include <zrbase/formatters/ZRCreatorFormatter.h>
 #include <zrbase/formatters/ZRDecibelFormatter.h>
 #include <zrbase/formatters/ZRDifferenceFormatter.h>
 #include <zrbase/formatters/ZRFileSizeFormatter.h>
+#include <zrbase/formatters/ZRKeyFormatter.h>
 #include <zrbase/formatters/ZRLoopTypeFormatter.h>
+#include <zrbase/formatters/ZRMIDINoteFormatter.h>
 #include <zrbase/formatters/ZRScaleFormatter.h>
 #include <zrbase/formatters/ZRTimeFormatter.h>
 #include <zrbase/formatters/ZRTimeRemainingFormatter.h>
+#include <zrbase/formatters/ZRTimeSignatureFormatter.h>
 
 #include <zrbase/core/ZRFormatterExtension.h>
 #include <zrbase/host/foundation/ZRBundle.h>
@@ -58,6 +63,16 @@ TEST(ZRFormattersLocalization, germanWordsWithNumbersAsTheyWere)
     EXPECT_EQ(ZRDifferenceFormatter().stringForObjectValue(-2), "k. A.");
     EXPECT_EQ(ZRDecibelFormatter().stringForObjectValue(0.5), "-6.0 dB");
     EXPECT_EQ(ZRFileSizeFormatter().stringForObjectValue(1048576), "1.0 MB");
+    // Placeholders are words too; names stay.
+    EXPECT_EQ(ZRKeyFormatter().stringForObjectValue(12), "keine");
+    EXPECT_EQ(ZRKeyFormatter().stringForObjectValue(1), "C#");
+    EXPECT_EQ(ZRTimeSignatureFormatter().stringForObjectValue(0), "k. A.");
+    EXPECT_EQ(objectValueForString(ZRTimeSignatureFormatter(), "k. A."), std::nullopt);
+    EXPECT_EQ(ZRMIDINoteFormatter().stringForObjectValue(128), "<keine>");
+    EXPECT_EQ(ZRCreatorFormatter().stringForObjectValue(0), "<keine>");
+    EXPECT_EQ(ZRCreatorFormatter().stringForObjectValue(0x454D4147), "Logic Pro");
+    EXPECT_EQ(ZRCombineTypeFormatter().stringForObjectValue(2), "Duck");
+    EXPECT_EQ(ZRCombineTypeFormatter().stringForObjectValue(7), "unbekannt");
 
     // Words read back in the user's language.
     const ZRLoopTypeFormatter loops;

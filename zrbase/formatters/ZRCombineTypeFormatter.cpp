@@ -1,5 +1,7 @@
 #include <zrbase/formatters/ZRCombineTypeFormatter.h>
 
+#include <zrbase/host/foundation/ZRLocalizedString.h>
+
 #include <array>
 
 namespace {
@@ -12,7 +14,7 @@ std::string ZRCombineTypeFormatter::stringForObjectValue(const ZRPropertyList& v
 {
     const int32_t type = value.intValue();
     if (type < 0 || type > 3)
-        return "unknown";
+        return ZRLocalizedString("unknown");
     return std::string(combineTypeNames[static_cast<size_t>(type)]);
 }
 

@@ -2,6 +2,7 @@
 
 #include <zrbase/core/ZRStringExtension.h>
 #include <zrbase/host/audio/ZRCoreAudioTypes.h>
+#include <zrbase/host/foundation/ZRLocalizedString.h>
 
 #include <array>
 
@@ -35,7 +36,7 @@ std::string ZRCreatorFormatter::stringForObjectValue(const ZRPropertyList& value
 {
     const auto code = static_cast<uint32_t>(value.intValue());
     if (code == 0)
-        return "<none>";
+        return ZRLocalizedString("<none>");
     // Files of the older Sound Designer II writers carry the code with a capital F.
     const uint32_t known = code == ZRFourCharCode("Sd2F") ? ZRFourCharCode("Sd2f") : code;
     for (const Creator& creator : creators) {

@@ -1,5 +1,6 @@
 #include <zrbase/formatters/ZRFormatterTextPrivate.h>
 
+#include <zrbase/host/foundation/ZRLocalizedString.h>
 #include <zrbase/host/foundation/ZRStringWithFormat.h>
 
 namespace ZRFormatterText {
@@ -7,7 +8,7 @@ namespace ZRFormatterText {
 std::string packedPairText(int32_t packed, std::string_view format)
 {
     if (packed == 0)
-        return "n/a";
+        return ZRLocalizedString("n/a");
     return ZRStringWithFormat(format, packed >> 8, packed & 0xFF);
 }
 

@@ -1,5 +1,7 @@
 #include <zrbase/formatters/ZRKeyFormatter.h>
 
+#include <zrbase/host/foundation/ZRLocalizedString.h>
+
 #include <array>
 
 std::string ZRKeyFormatter::stringForObjectValue(const ZRPropertyList& value) const
@@ -7,7 +9,7 @@ std::string ZRKeyFormatter::stringForObjectValue(const ZRPropertyList& value) co
     static constexpr std::array<const char*, 12> names { "C", "C#", "D", "D#", "E", "F", "F#", "G", "G#", "A", "A#",
         "B" };
     const int32_t key = value.intValue();
-    return key >= 0 && key < 12 ? names[static_cast<size_t>(key)] : "none";
+    return key >= 0 && key < 12 ? names[static_cast<size_t>(key)] : ZRLocalizedString("none");
 }
 
 bool ZRKeyFormatter::getObjectValue(ZRPropertyList& value, std::string_view text, std::string*) const

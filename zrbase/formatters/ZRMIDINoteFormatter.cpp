@@ -1,6 +1,7 @@
 #include <zrbase/formatters/ZRMIDINoteFormatter.h>
 
 #include <zrbase/formatters/ZRFormatterTextPrivate.h>
+#include <zrbase/host/foundation/ZRLocalizedString.h>
 #include <zrbase/host/foundation/ZRStringWithFormat.h>
 
 #include <algorithm>
@@ -62,7 +63,7 @@ std::string ZRMIDINoteFormatter::stringForObjectValue(const ZRPropertyList& valu
         "G#%d", "A%d", "A#%d", "B%d" };
     const int32_t note = value.intValue();
     if (note < 0 || note > 127)
-        return "<none>";
+        return ZRLocalizedString("<none>");
     return ZRStringWithFormat(names[static_cast<size_t>(note % 12)], note / 12 - 2);
 }
 

@@ -1,13 +1,14 @@
 #include <zrbase/formatters/ZRTempoFormatter.h>
 
 #include <zrbase/formatters/ZRFormatterTextPrivate.h>
+#include <zrbase/host/foundation/ZRLocalizedString.h>
 #include <zrbase/host/foundation/ZRStringWithFormat.h>
 
 std::string ZRTempoFormatter::stringForObjectValue(const ZRPropertyList& value) const
 {
     const float tempo = value.floatValue();
     if (tempo == 0)
-        return "n/a";
+        return ZRLocalizedString("n/a");
     return ZRStringWithFormat("%.2f", tempo);
 }
 

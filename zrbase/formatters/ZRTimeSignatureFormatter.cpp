@@ -1,6 +1,7 @@
 #include <zrbase/formatters/ZRTimeSignatureFormatter.h>
 
 #include <zrbase/formatters/ZRFormatterTextPrivate.h>
+#include <zrbase/host/foundation/ZRLocalizedString.h>
 
 #include <algorithm>
 
@@ -11,7 +12,8 @@ std::string ZRTimeSignatureFormatter::stringForObjectValue(const ZRPropertyList&
 
 bool ZRTimeSignatureFormatter::getObjectValue(ZRPropertyList& value, std::string_view text, std::string*) const
 {
-    if (text == "n/a")
+    // "n/a" would otherwise read as 2/4.
+    if (text == "n/a" || text == ZRLocalizedString("n/a"))
         return false;
     const auto parts = ZRFormatterText::components(text, '/');
     if (parts.size() != 2)
