@@ -41,8 +41,8 @@ void check(bool condition)
 
 // The first two bytes choose the time formatter's format, meter, tempo and counting; the rest is text that every
 // formatter reads and checks as typed input. What reads is shown again, and so are the text's first eight bytes
-// taken as a double (not-a-number and the infinities included). Times read are finite and not negative, notes and
-// keys stay in their ranges.
+// taken as a double (not-a-number and the infinities included) and the text's bytes as data. Times read are finite
+// and not negative, notes and keys stay in their ranges.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     if (size < 2)
@@ -91,7 +91,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 
     double number = 0;
     std::memcpy(&number, data + 2, std::min(text.size(), sizeof number));
-    const ZRData bytes(data, data + size);
+    const ZRData bytes(data + 2, data + size);
     for (const auto& formatter : formatters) {
         ZRPropertyList read;
         if (formatter->getObjectValue(read, text))

@@ -11,7 +11,8 @@ std::string ZRDataFormatter::stringForObjectValue(const ZRPropertyList& value) c
     if (!data)
         return {};
     uint32_t head = 0;
-    std::memcpy(&head, data->data(), std::min(data->size(), sizeof head));
+    if (!data->empty())
+        std::memcpy(&head, data->data(), std::min(data->size(), sizeof head));
     return ZRStringWithFormat("%x...", head);
 }
 
