@@ -193,6 +193,7 @@ TEST_F(ZRApplicationLogTest, anUnwritableLogFolderGivesAnAlertAndNoLog)
 {
     const std::string home = ZRTestScratchFolder("ZRApplicationLog.unwritable");
     std::ofstream(home + "/Library");
+    const std::string previousHome = std::getenv("HOME");
     setenv("HOME", home.c_str(), 1);
     ZRRecordingAlertPresenter presenter;
 
@@ -204,6 +205,7 @@ TEST_F(ZRApplicationLogTest, anUnwritableLogFolderGivesAnAlertAndNoLog)
     ASSERT_FALSE(presenter.alerts().empty());
     EXPECT_EQ(presenter.alerts()[0].messageText, "A file error occurred");
     EXPECT_NE(presenter.alerts()[0].informativeText.find("failed because"), std::string::npos);
+    setenv("HOME", previousHome.c_str(), 1);
 }
 
 TEST_F(ZRApplicationLogTest, linesOfManyThreadsAllArriveWholeAndInOrder)
@@ -213,6 +215,7 @@ TEST_F(ZRApplicationLogTest, linesOfManyThreadsAllArriveWholeAndInOrder)
     ZRApplicationLog::setActive(true);
     // Straight into the queue, as every message ends: formatting a million lines would only slow the test down.
     ZRApplicationLog* log = ZRApplicationLog::sharedLog();
+    ASSERT_TRUE(log);
     std::vector<std::thread> threads;
     for (int thread = 0; thread < threadCount; ++thread) {
         threads.emplace_back([log, thread] {
