@@ -87,7 +87,10 @@ std::vector<ZRComponentRegistry::Component> lv2Components(const std::vector<std:
         std::string joined;
         for (const std::string& folder : path)
             joined += (joined.empty() ? "" : ":") + folder;
-        lilv_world_set_option(world, LILV_OPTION_LV2_PATH, lilv_new_string(world, joined.c_str()));
+        // The world keeps a copy of the path.
+        LilvNode* value = lilv_new_string(world, joined.c_str());
+        lilv_world_set_option(world, LILV_OPTION_LV2_PATH, value);
+        lilv_node_free(value);
     }
     lilv_world_load_all(world);
     LilvNode* rdfType = lilv_new_uri(world, LILV_NS_RDF "type");
