@@ -1,0 +1,66 @@
+#pragma once
+
+#include "AudioSource.h"
+#include "WaveformWriter.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace zr {
+
+// What every command shares.
+struct CommonOptions {
+    SourceFormat format;
+    bool quiet = false;
+    // Whether the progress bar may be drawn: standard error is a terminal and -q was not given.
+    bool progress() const noexcept;
+};
+
+struct AnalyzeOptions {
+    CommonOptions common;
+    std::vector<std::string> files;
+    bool json = false;
+    bool basic = false;
+};
+
+struct WaveformOptions {
+    CommonOptions common;
+    std::string input;
+    std::vector<std::string> outputs;
+    // Given for "-" outputs: "png", "dat" or "json".
+    std::string type;
+    std::vector<double> pixelsPerSecond;
+    std::vector<uint64_t> samplesPerPixel;
+    uint32_t width = 0;
+    uint32_t bits = 16;
+    // The JSON output in the tool's own form (float minimum, maximum and RMS, every resolution).
+    bool floatData = false;
+    WaveformPicture picture;
+};
+
+struct SpectrumOptions {
+    CommonOptions common;
+    std::string input;
+    std::string output;
+    std::string type;
+    bool spectrogram = false;
+    std::string window = "hann";
+    // log2 of the FFT length.
+    uint32_t resolution = 12;
+    uint32_t width = 0;
+    uint32_t height = 0;
+    double floorDb = -120.0;
+};
+
+int analyzeCommand(const AnalyzeOptions& options);
+int waveformCommand(const WaveformOptions& options);
+int spectrumCommand(const SpectrumOptions& options);
+
+// The names --window takes.
+std::vector<std::string> spectrumWindowNames();
+
+// The type of an output: the type given, else the path's extension in lower case ("" for none).
+std::string outputType(const std::string& path, const std::string& type);
+
+}
