@@ -1,6 +1,7 @@
 #include "ZRToolTestSupport.h"
 
 #include <array>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -66,11 +67,12 @@ double ZRToolSoxStat(const std::string& file, const std::string& row, int column
     while (std::getline(lines, line)) {
         if (line.rfind(row, 0) != 0)
             continue;
+        // Columns that do not apply read "-".
         std::istringstream values(line.substr(row.size()));
         std::vector<double> numbers;
-        double value;
-        while (values >> value)
-            numbers.push_back(value);
+        std::string word;
+        while (values >> word)
+            numbers.push_back(word == "-" ? NAN : std::stod(word));
         // A mono file has one column, which is the overall one.
         if (numbers.size() == 1)
             return numbers[0];
