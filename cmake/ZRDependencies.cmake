@@ -14,6 +14,8 @@ endif()
 if(ZR_BUILD_BENCHMARKS)
     find_package(benchmark REQUIRED)
 endif()
+pkg_check_modules(FFMPEG REQUIRED IMPORTED_TARGET libavformat libavcodec libavutil libswresample)
+pkg_check_modules(SOXR REQUIRED IMPORTED_TARGET soxr)
 
 if(ZR_BUILD_TOOLS)
     find_package(CLI11 REQUIRED)
