@@ -1,8 +1,8 @@
 #include "AudioSource.h"
 
+#include "FileAudioSource.h"
 #include "ProgressBar.h"
 #include "RawAudioSource.h"
-#include "ToolError.h"
 
 #include <zrbase/audio/ZRNativeAudioBuffer.h>
 
@@ -12,10 +12,7 @@ std::unique_ptr<AudioSource> AudioSource::open(const std::string& path, const So
 {
     if (format.isRaw())
         return RawAudioSource::open(path, format.rawRate, format.rawChannels, error);
-    if (error)
-        *error = toolError(
-            "Opening an audio file", "this build reads raw 32-bit float input only (give --raw RATE,CHANNELS)");
-    return nullptr;
+    return FileAudioSource::open(path, error);
 }
 
 bool readAll(AudioSource& source, ProgressBar* progress,

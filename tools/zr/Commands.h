@@ -17,6 +17,11 @@ struct CommonOptions {
     bool progress() const noexcept;
 };
 
+struct InfoOptions {
+    std::vector<std::string> files;
+    bool json = false;
+};
+
 struct AnalyzeOptions {
     CommonOptions common;
     std::vector<std::string> files;
@@ -53,6 +58,7 @@ struct SpectrumOptions {
     double floorDb = -120.0;
 };
 
+int infoCommand(const InfoOptions& options);
 int analyzeCommand(const AnalyzeOptions& options);
 int waveformCommand(const WaveformOptions& options);
 int spectrumCommand(const SpectrumOptions& options);

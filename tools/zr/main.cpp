@@ -47,6 +47,11 @@ int main(int argc, char** argv)
     app.require_subcommand(1);
     app.fallthrough();
 
+    InfoOptions info;
+    CLI::App* infoCommandLine = app.add_subcommand("info", "Container, format, length and tags of audio files");
+    infoCommandLine->add_option("files", info.files, "Audio files (- for standard input)")->required();
+    infoCommandLine->add_flag("--json", info.json, "Write one JSON document");
+
     AnalyzeOptions analyze;
     CLI::App* analyzeCommandLine = app.add_subcommand("analyze", "Levels, loudness and spectrum of audio files");
     analyzeCommandLine->add_option("files", analyze.files, "Audio files (- for standard input)")->required();
@@ -112,6 +117,8 @@ int main(int argc, char** argv)
         return 2;
     }
 
+    if (infoCommandLine->parsed())
+        return infoCommand(info);
     if (analyzeCommandLine->parsed())
         return analyzeCommand(analyze);
 
