@@ -29,6 +29,30 @@ struct AnalyzeOptions {
     bool basic = false;
 };
 
+struct ConvertOptions {
+    CommonOptions common;
+    std::string input;
+    std::string output;
+    // The container, when the output's name does not say it: "wav", "aiff", "caf", "m4a", "mp3", …
+    std::string type;
+    // The data format: "pcm", "aac", "alac", "mp3" or "ac3"; the container's usual one when empty.
+    std::string format;
+    uint32_t rate = 0;
+    uint32_t channels = 0;
+    uint32_t bits = 0;
+    // kbit/s of the lossy encoders.
+    uint32_t bitRate = 0;
+    double gainDb = 0.0;
+    // "peak" or "loudness", with the target in normalizeTarget (dBFS or LUFS).
+    std::string normalize;
+    double normalizeTarget = 0.0;
+    double fadeInSeconds = 0.0;
+    double fadeOutSeconds = 0.0;
+    std::string filter;
+    // "key=value"
+    std::vector<std::string> tags;
+};
+
 struct WaveformOptions {
     CommonOptions common;
     std::string input;
@@ -60,11 +84,16 @@ struct SpectrumOptions {
 
 int infoCommand(const InfoOptions& options);
 int analyzeCommand(const AnalyzeOptions& options);
+int convertCommand(const ConvertOptions& options);
 int waveformCommand(const WaveformOptions& options);
 int spectrumCommand(const SpectrumOptions& options);
 
 // The names --window takes.
 std::vector<std::string> spectrumWindowNames();
+
+// The names --format and --type of convert take.
+std::vector<std::string> convertFormatNames();
+std::vector<std::string> convertTypeNames();
 
 // The type of an output: the type given, else the path's extension in lower case ("" for none).
 std::string outputType(const std::string& path, const std::string& type);

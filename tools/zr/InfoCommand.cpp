@@ -5,6 +5,7 @@
 #include "OutputFile.h"
 
 #include <zrbase/host/audio/ZRAudioFileService.h>
+#include <zrbase/host/audio/ZRAudioFormatService.h>
 
 #include <cerrno>
 #include <cmath>
@@ -58,28 +59,11 @@ namespace {
 
     std::string dataFormatName(const AudioStreamBasicDescription& format)
     {
-        if (format.mFormatID == kAudioFormatLinearPCM) {
-            const bool isFloat = format.mFormatFlags & kAudioFormatFlagIsFloat;
-            const bool isSigned = format.mFormatFlags & kAudioFormatFlagIsSignedInteger;
-            std::string name = "Linear PCM, " + std::to_string(format.mBitsPerChannel) + "-bit "
-                + (isFloat         ? "float"
-                        : isSigned ? "signed integer"
-                                   : "unsigned integer");
-            if (format.mBitsPerChannel > 8)
-                name += format.mFormatFlags & kAudioFormatFlagIsBigEndian ? ", big-endian" : ", little-endian";
+        std::string name;
+        if (ZRAudioFormatService::name(format, name) == noErr)
             return name;
-        }
-        static const std::map<AudioFormatID, std::string> names {
-            { kAudioFormatMPEG4AAC, "AAC" },
-            { kAudioFormatAppleLossless, "Apple Lossless" },
-            { kAudioFormatMPEGLayer3, "MP3" },
-            { kAudioFormatAC3, "AC-3" },
-            { kAudioFormatULaw, "µ-law" },
-            { kAudioFormatALaw, "A-law" },
-            { kAudioFormatAppleIMA4, "IMA 4:1 ADPCM" },
-        };
-        const auto name = names.find(format.mFormatID);
-        return name != names.end() ? name->second : "'" + fourCharacters(format.mFormatID) + "'";
+        const char* known = ZRAudioFormatService::formatName(format.mFormatID);
+        return known ? known : "'" + fourCharacters(format.mFormatID) + "'";
     }
 
     // The layout in speaker names where the file gives them, else by the channel count.

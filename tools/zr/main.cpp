@@ -1,4 +1,5 @@
 #include "Commands.h"
+#include "SignalChain.h"
 
 #include <CLI/CLI.hpp>
 #include <QGuiApplication>
@@ -58,6 +59,58 @@ int main(int argc, char** argv)
     analyzeCommandLine->add_flag("--json", analyze.json, "Write one JSON document");
     analyzeCommandLine->add_flag("--basic", analyze.basic, "Only peak, RMS, DC offset, crest factor and clipping");
     addCommonOptions(*analyzeCommandLine, analyze.common);
+
+    ConvertOptions convert;
+    CLI::App* convertCommandLine = app.add_subcommand("convert", "Any readable file to any writable format");
+    convertCommandLine->add_option("input", convert.input, "Audio file (- for standard input)")->required();
+    convertCommandLine->add_option("output", convert.output, "Output file (- for standard output with --type)")
+        ->required();
+    convertCommandLine->add_option("--type", convert.type, "Container when the name has none")
+        ->check(CLI::IsMember(convertTypeNames()));
+    convertCommandLine->add_option("--format", convert.format, "Data format (default: the container's usual one)")
+        ->check(CLI::IsMember(convertFormatNames()));
+    convertCommandLine->add_option("--rate", convert.rate, "Sample rate in Hz")->check(CLI::Range(1000u, 768000u));
+    convertCommandLine->add_option("--channels", convert.channels, "Channels, mixed down or up")
+        ->check(CLI::Range(1u, 64u));
+    convertCommandLine->add_option("--bits", convert.bits, "Bits per sample of PCM (32 is float) or Apple Lossless")
+        ->check(CLI::IsMember({ 8u, 16u, 20u, 24u, 32u }));
+    convertCommandLine->add_option("--bitrate", convert.bitRate, "kbit/s of AAC, MP3 or AC-3")
+        ->check(CLI::Range(8u, 640u));
+    CLI::Option* gain = convertCommandLine->add_option("--gain", convert.gainDb, "Gain in dB");
+    convertCommandLine
+        ->add_option_function<std::string>(
+            "--normalize",
+            [&convert](const std::string& text) {
+                char kind[16] = {};
+                double target = 0.0;
+                char rest = 0;
+                if (std::sscanf(text.c_str(), "%15[a-z]:%lf%c", kind, &target, &rest) != 2
+                    || (std::string(kind) != "peak" && std::string(kind) != "loudness") || target > 0.0)
+                    throw CLI::ValidationError(
+                        "--normalize takes peak:DBFS or loudness:LUFS, for example loudness:-23");
+                convert.normalize = kind;
+                convert.normalizeTarget = target;
+            },
+            "Bring the peak (dBFS) or the integrated loudness (LUFS) to a target: peak:-1, loudness:-23")
+        ->excludes(gain);
+    convertCommandLine->add_option("--fade-in", convert.fadeInSeconds, "Fade-in in seconds")
+        ->check(CLI::NonNegativeNumber);
+    convertCommandLine->add_option("--fade-out", convert.fadeOutSeconds, "Fade-out in seconds")
+        ->check(CLI::NonNegativeNumber);
+    convertCommandLine
+        ->add_option("--filter", convert.filter, "a, b, c, dc, lowpass:HZ, highpass:HZ or bandpass:HZ[:OCTAVES]")
+        ->check(CLI::Validator(
+            [](std::string& text) {
+                return SignalChain::isFilter(text) ? std::string() : "unknown filter \"" + text + "\"";
+            },
+            "FILTER"));
+    convertCommandLine->add_option("--tag", convert.tags, "Set a tag: --tag title=Take 1")
+        ->check(CLI::Validator(
+            [](std::string& text) {
+                return text.find('=') > 0 && text.find('=') != std::string::npos ? std::string() : "a tag is KEY=VALUE";
+            },
+            "KEY=VALUE"));
+    addCommonOptions(*convertCommandLine, convert.common);
 
     WaveformOptions waveform;
     CLI::App* waveformCommandLine = app.add_subcommand("waveform", "Waveform overviews as PNG, JSON or .dat");
@@ -121,6 +174,8 @@ int main(int argc, char** argv)
         return infoCommand(info);
     if (analyzeCommandLine->parsed())
         return analyzeCommand(analyze);
+    if (convertCommandLine->parsed())
+        return convertCommand(convert);
 
     // Pictures are drawn off screen: no display is needed. Qt's own notes (about a missing runtime folder, say)
     // are not the tool's diagnostics and stay off standard error.
