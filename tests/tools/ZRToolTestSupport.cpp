@@ -59,9 +59,9 @@ std::string ZRToolReadFile(const std::string& path)
     return contents.str();
 }
 
-double ZRToolSoxStat(const std::string& file, const std::string& row, int column)
+double ZRToolSoxStat(const std::string& file, const std::string& row, int column, const std::string& effects)
 {
-    const ZRToolRun run = ZRToolRunShell("sox " + ZRToolQuote(file) + " -n stats");
+    const ZRToolRun run = ZRToolRunShell("sox " + ZRToolQuote(file) + " -n " + effects + " stats");
     std::istringstream lines(run.errors);
     std::string line;
     while (std::getline(lines, line)) {

@@ -19,7 +19,7 @@ std::string ZRToolScratch(const std::string& name);
 // The whole content of a file; empty when it cannot be read.
 std::string ZRToolReadFile(const std::string& path);
 // A value of `sox FILE -n stats` for a row ("Pk lev dB", "RMS lev dB", "DC offset", "Crest factor") and a
-// column (0 overall, then channel 1, 2, …).
-double ZRToolSoxStat(const std::string& file, const std::string& row, int column = 0);
+// column (0 overall, then channel 1, 2, …), after sox effects such as "trim 0 1".
+double ZRToolSoxStat(const std::string& file, const std::string& row, int column = 0, const std::string& effects = {});
 // Quotes a word for the shell.
 std::string ZRToolQuote(const std::string& word);

@@ -47,6 +47,10 @@ int main(int argc, char** argv)
     app.set_version_flag("--version", std::string("zr ") + ZR_VERSION);
     app.require_subcommand(1);
     app.fallthrough();
+    // A usage error is one line, like a failed file's.
+    app.failure_message([](const CLI::App*, const CLI::Error& error) {
+        return std::string("zr: ") + error.what() + " (see zr --help)\n";
+    });
 
     InfoOptions info;
     CLI::App* infoCommandLine = app.add_subcommand("info", "Container, format, length and tags of audio files");
