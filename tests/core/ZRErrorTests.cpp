@@ -156,6 +156,6 @@ TEST(ZRError, theSentenceIsTranslated)
     ZRBundle::main().setTextDomain("zrtest");
     ZRBundle::main().setLocalePath(ZR_TEST_BINARY_DIR "/../resources/locale");
     EXPECT_EQ(ZRFileError::errorWithCode(9, ZRLocalizedString("Opening a file"))->localizedDescription(),
-        "Das Öffnen einer Datei ist fehlgeschlagen, weil a bad file descriptor was given. (EBADF)");
+        "Das Öffnen einer Datei ist fehlgeschlagen, weil ein ungültiger Dateideskriptor übergeben wurde. (EBADF)");
     std::setlocale(LC_ALL, "C");
 }

@@ -6,7 +6,7 @@
 #include <clocale>
 #include <cstdlib>
 
-TEST(ZRLocalizedString, translatesThroughTheMainBundlesTextDomain)
+TEST(ZRLocalizedString, translatesThroughTheApplicationsTextDomainThenTheLibrarys)
 {
     EXPECT_EQ(ZRLocalizedString("Opening a file"), "Opening a file"); // no domain named yet
 
@@ -16,10 +16,13 @@ TEST(ZRLocalizedString, translatesThroughTheMainBundlesTextDomain)
     ZRBundle::main().setLocalePath(ZR_TEST_BINARY_DIR "/../resources/locale");
     EXPECT_EQ(ZRLocalizedString("%@ failed because %@"), "%@ ist fehlgeschlagen, weil %@");
     EXPECT_EQ(ZRLocalizedString("Opening a file"), "Das Öffnen einer Datei");
-    EXPECT_EQ(ZRLocalizedString("Closing a file"), "Closing a file");
+    EXPECT_EQ(ZRLocalizedString("Closing a file"), "Closing a file"); // in neither catalogue
+    EXPECT_EQ(ZRLocalizedString("Mixing buffers"), "Das Mischen von Puffern"); // the library's
     EXPECT_EQ(ZRLocalizedString(""), "");
 
     ZRBundle::main().setTextDomain("");
-    EXPECT_EQ(ZRLocalizedString("Opening a file"), "Opening a file");
+    EXPECT_EQ(ZRLocalizedString("Opening a file"), "Das Öffnen einer Datei"); // the library's own
+    unsetenv("LANGUAGE");
     std::setlocale(LC_ALL, "C");
+    EXPECT_EQ(ZRLocalizedString("Opening a file"), "Opening a file");
 }

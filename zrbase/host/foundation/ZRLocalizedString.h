@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-// The translation of an English text in the application's text domain (gettext), or the text itself when there
-// is none. The domain and its locale folder come from the main bundle (ZRBundle::main()); until the application
-// names them, every text comes back unchanged.
+// The translation of an English text (gettext): the application's own when its text domain has one, else the
+// library's (domain "zrbase" in the locale folder of ZRBundle::library()), else the text itself. The application's
+// domain and its locale folder come from the main bundle (ZRBundle::main()).
 ZR_EXPORT std::string ZRLocalizedString(std::string_view english);
