@@ -1,5 +1,6 @@
 #include "Analyzer.h"
 #include "Commands.h"
+#include "DurationText.h"
 #include "FileJobs.h"
 #include "JsonWriter.h"
 #include "ProgressBar.h"
@@ -77,9 +78,9 @@ static std::string analysisText(const std::string& file, const AnalysisResult& r
 {
     std::string text;
     char line[256];
-    std::snprintf(line, sizeof line, "%s: %.0f Hz, %u channel%s, %llu frames, %.3f s\n", file.c_str(),
-        result.sampleRate, result.channels, result.channels == 1 ? "" : "s",
-        static_cast<unsigned long long>(result.frames), double(result.frames) / result.sampleRate);
+    std::snprintf(line, sizeof line, "%s: %.0f Hz, %u channel%s, %llu frames, %s\n", file.c_str(), result.sampleRate,
+        result.channels, result.channels == 1 ? "" : "s", static_cast<unsigned long long>(result.frames),
+        durationText(double(result.frames) / result.sampleRate).c_str());
     text += line;
 
     std::vector<const LevelStatistics*> columns;
@@ -154,28 +155,8 @@ int analyzeCommand(const AnalyzeOptions& options)
         return outcome;
     };
 
-    const bool array = options.json && options.files.size() > 1;
-    std::string document = array ? "[" : "";
-    bool first = true;
-    const int status = runFileJobs(options.files, job, [&](size_t, const FileOutcome& outcome) {
-        if (!outcome.succeeded())
-            return;
-        if (options.json) {
-            document += (first ? "" : ",") + outcome.output;
-            first = false;
-            return;
-        }
-        progress.finish();
-        std::fputs((first ? "" : "\n"), stdout);
-        std::fputs(outcome.output.c_str(), stdout);
-        std::fflush(stdout);
-        first = false;
-    });
+    const int status = printFileReports(options.files, options.json, job, [&] { progress.finish(); });
     progress.finish();
-    if (options.json && (!first || array)) {
-        document += array ? "]\n" : "\n";
-        std::fputs(document.c_str(), stdout);
-    }
     return status;
 }
 

@@ -291,13 +291,8 @@ std::vector<std::string> convertTypeNames()
 
 int convertCommand(const ConvertOptions& options)
 {
-    ProgressBar progress(options.common.progress(), 0, 44100.0);
-    FileOutcome outcome = runConvert(options, progress);
-    progress.finish();
-    if (outcome.succeeded())
-        return 0;
-    reportFailure(options.input, outcome.error);
-    return 1;
+    return runSingleFile(
+        options.input, options.common.progress(), [&](ProgressBar& progress) { return runConvert(options, progress); });
 }
 
 }

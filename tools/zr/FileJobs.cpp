@@ -1,5 +1,6 @@
 #include "FileJobs.h"
 
+#include "ProgressBar.h"
 #include "ToolError.h"
 
 #include <algorithm>
@@ -57,6 +58,41 @@ int runFileJobs(const std::vector<std::string>& files, const std::function<FileO
     for (std::thread& thread : threads)
         thread.join();
     return status;
+}
+
+int printFileReports(const std::vector<std::string>& files, bool json,
+    const std::function<FileOutcome(const std::string&)>& job, const std::function<void()>& beforeText)
+{
+    const bool array = json && files.size() > 1;
+    std::string document = array ? "[" : "";
+    bool first = true;
+    const int status = runFileJobs(files, job, [&](size_t, const FileOutcome& outcome) {
+        if (!outcome.succeeded())
+            return;
+        if (json) {
+            document += (first ? "" : ",") + outcome.output;
+        } else {
+            if (first && beforeText)
+                beforeText();
+            std::fputs(((first ? "" : "\n") + outcome.output).c_str(), stdout);
+            std::fflush(stdout);
+        }
+        first = false;
+    });
+    if (json && (!first || array))
+        std::fputs((document + (array ? "]\n" : "\n")).c_str(), stdout);
+    return status;
+}
+
+int runSingleFile(const std::string& input, bool progress, const std::function<FileOutcome(ProgressBar&)>& job)
+{
+    ProgressBar bar(progress, 0, 44100.0);
+    const FileOutcome outcome = job(bar);
+    bar.finish();
+    if (outcome.succeeded())
+        return 0;
+    reportFailure(input, outcome.error);
+    return 1;
 }
 
 }

@@ -1,4 +1,5 @@
 #include "Commands.h"
+#include "DurationText.h"
 #include "FileAudioSource.h"
 #include "FileJobs.h"
 #include "JsonWriter.h"
@@ -168,8 +169,7 @@ namespace {
         row("Sample rate", std::to_string(int64_t(info.format.mSampleRate)) + " Hz");
         row("Channels", std::to_string(info.format.mChannelsPerFrame) + " (" + info.channelLayout + ")");
         row("Frames", std::to_string(info.frames));
-        std::snprintf(line, sizeof line, "%.3f s", double(info.frames) / info.format.mSampleRate);
-        row("Duration", line);
+        row("Duration", durationText(double(info.frames) / info.format.mSampleRate));
         std::snprintf(line, sizeof line, "%.0f kbit/s", info.bitRate / 1000.0);
         row("Bit rate", line);
         row("Packets",
@@ -190,21 +190,7 @@ int infoCommand(const InfoOptions& options)
             outcome.output = options.json ? infoJson(file, info) : infoText(file, info);
         return outcome;
     };
-    const bool array = options.json && options.files.size() > 1;
-    std::string document = array ? "[" : "";
-    bool first = true;
-    const int status = runFileJobs(options.files, job, [&](size_t, const FileOutcome& outcome) {
-        if (!outcome.succeeded())
-            return;
-        if (options.json)
-            document += (first ? "" : ",") + outcome.output;
-        else
-            std::fputs(((first ? "" : "\n") + outcome.output).c_str(), stdout);
-        first = false;
-    });
-    if (options.json && (!first || array))
-        std::fputs((document + (array ? "]\n" : "\n")).c_str(), stdout);
-    return status;
+    return printFileReports(options.files, options.json, job);
 }
 
 }

@@ -58,22 +58,24 @@ template <typename T> static void appendNumber(std::string& text, T number)
     text.append(digits, result.ptr);
 }
 
+template <typename T> static void appendReal(std::string& text, T number)
+{
+    if (std::isfinite(number))
+        appendNumber(text, number);
+    else
+        text += "null";
+}
+
 void JsonWriter::value(double number)
 {
     _separate();
-    if (std::isfinite(number))
-        appendNumber(_text, number);
-    else
-        _text += "null";
+    appendReal(_text, number);
 }
 
 void JsonWriter::value(float number)
 {
     _separate();
-    if (std::isfinite(number))
-        appendNumber(_text, number);
-    else
-        _text += "null";
+    appendReal(_text, number);
 }
 
 void JsonWriter::value(int64_t number)

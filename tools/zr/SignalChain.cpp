@@ -32,9 +32,12 @@ static std::unique_ptr<ZRFilter> makeFilter(const std::string& text, double samp
     else {
         char name[16] = {};
         float frequency = 0.0f, octaves = 1.0f;
-        char rest = 0;
-        const int fields = std::sscanf(text.c_str(), "%15[a-z]:%f:%f%c", name, &frequency, &octaves, &rest);
-        if (fields < 2 || fields > 3 || !(frequency > 0.0f && frequency < sampleRate / 2) || !(octaves > 0.0f))
+        int used = 0, more = 0;
+        if (std::sscanf(text.c_str(), "%15[a-z]:%f%n", name, &frequency, &used) != 2)
+            return nullptr;
+        if (text[size_t(used)] == ':' && std::sscanf(text.c_str() + used + 1, "%f%n", &octaves, &more) == 1)
+            used += 1 + more;
+        if (size_t(used) != text.size() || !(frequency > 0.0f && frequency < sampleRate / 2) || !(octaves > 0.0f))
             return nullptr;
         std::unique_ptr<ZRBiquadFilter> biquad;
         const std::string kind = name;

@@ -98,13 +98,8 @@ static FileOutcome runSpectrum(const SpectrumOptions& options, ProgressBar& prog
 
 int spectrumCommand(const SpectrumOptions& options)
 {
-    ProgressBar progress(options.common.progress(), 0, 44100.0);
-    FileOutcome outcome = runSpectrum(options, progress);
-    progress.finish();
-    if (outcome.succeeded())
-        return 0;
-    reportFailure(options.input, outcome.error);
-    return 1;
+    return runSingleFile(options.input, options.common.progress(),
+        [&](ProgressBar& progress) { return runSpectrum(options, progress); });
 }
 
 }

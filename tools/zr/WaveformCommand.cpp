@@ -119,13 +119,8 @@ static FileOutcome runWaveform(const WaveformOptions& options, ProgressBar& prog
 
 int waveformCommand(const WaveformOptions& options)
 {
-    ProgressBar progress(options.common.progress(), 0, 44100.0);
-    FileOutcome outcome = runWaveform(options, progress);
-    progress.finish();
-    if (outcome.succeeded())
-        return 0;
-    reportFailure(options.input, outcome.error);
-    return 1;
+    return runSingleFile(options.input, options.common.progress(),
+        [&](ProgressBar& progress) { return runWaveform(options, progress); });
 }
 
 }
