@@ -56,7 +56,7 @@ struct AnalysisResult {
 // of the channels' mix through the FFT buffer, with its centroid, roll-off and pitch estimate.
 class Analyzer {
 public:
-    // The fraction of the spectrum's power below the roll-off frequency.
+    // The fraction of the spectrum's summed magnitude below the roll-off frequency.
     static constexpr double rolloffFraction = 0.85;
     // log2 of the spectrum's frame length.
     static constexpr uint32_t spectrumResolution = 12;

@@ -107,13 +107,12 @@ double SpectrumAccumulator::centroid() const
 double SpectrumAccumulator::rolloff(double fraction) const
 {
     const std::span<const float> magnitude = _fft->magnitudeForChannel(0);
-    double power = 0.0;
-    for (size_t k = 1; k < magnitude.size(); ++k)
-        power += double(magnitude[k]) * magnitude[k];
+    const double total
+        = std::accumulate(magnitude.begin() + std::min<size_t>(1, magnitude.size()), magnitude.end(), 0.0);
     double below = 0.0;
-    for (size_t k = 1; k < magnitude.size() && power > 0.0; ++k) {
-        below += double(magnitude[k]) * magnitude[k];
-        if (below >= fraction * power)
+    for (size_t k = 1; k < magnitude.size() && total > 0.0; ++k) {
+        below += magnitude[k];
+        if (below >= fraction * total)
             return double(k) * binWidth();
     }
     return 0.0;

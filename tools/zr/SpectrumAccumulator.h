@@ -31,8 +31,8 @@ public:
     // The mean magnitude of each bin (bin 0 holds DC and Nyquist together), scaled so that a full-scale sine
     // under any window peaks at 1.0.
     std::vector<double> averageMagnitude() const;
-    // The magnitude-weighted mean frequency and the frequency below which `fraction` of the power lies, both
-    // without bin 0.
+    // The magnitude-weighted mean frequency and the frequency below which `fraction` of the summed magnitude lies,
+    // both without bin 0.
     double centroid() const;
     double rolloff(double fraction) const;
     // The estimated fundamental in Hz.
