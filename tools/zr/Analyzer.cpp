@@ -1,5 +1,6 @@
 #include "Analyzer.h"
 
+#include "LoudnessMeter.h"
 #include "SpectrumAccumulator.h"
 #include "ToolError.h"
 
@@ -10,17 +11,10 @@
 
 #include <zrbase/audio/ZRFFTBuffer.h>
 
-#include <ebur128.h>
-
 #include <algorithm>
 #include <cmath>
 
 namespace zr {
-
-struct Analyzer::Loudness {
-    ebur128_state* state;
-    ~Loudness() { ebur128_destroy(&state); }
-};
 
 double LevelStatistics::aes17Rms() const noexcept { return rms * std::sqrt(2.0); }
 
@@ -38,9 +32,7 @@ std::unique_ptr<Analyzer> Analyzer::analyzerWithFormat(
     if (basic)
         return analyzer;
 
-    if (ebur128_state* state = ebur128_init(channels, static_cast<unsigned long>(std::lround(sampleRate)),
-            EBUR128_MODE_M | EBUR128_MODE_S | EBUR128_MODE_I | EBUR128_MODE_LRA | EBUR128_MODE_TRUE_PEAK))
-        analyzer->_loudness.reset(new Loudness { state });
+    analyzer->_loudness = LoudnessMeter::meterWithFormat(sampleRate, channels);
     analyzer->_spectrum
         = SpectrumAccumulator::accumulatorWithResolution(spectrumResolution, ZRFFTBuffer::WindowHann, sampleRate);
     analyzer->_weighted = ZRNativeAudioBuffer::bufferWithChannels(channels, 1, error);
@@ -57,8 +49,6 @@ std::unique_ptr<Analyzer> Analyzer::analyzerWithFormat(
         filter->setActive(true);
         filter->reserveChannels(channels);
     }
-    analyzer->_loudnessStep = std::max<uint32_t>(1, uint32_t(std::lround(sampleRate / 10.0)));
-    analyzer->_loudnessFrames.resize(size_t(analyzer->_loudnessStep) * channels);
     return analyzer;
 }
 
@@ -70,7 +60,11 @@ Analyzer::Analyzer(double sampleRate, uint32_t channels, bool basic)
 {
 }
 
-Analyzer::~Analyzer() = default;
+Analyzer::~Analyzer()
+{
+    if (_loudnessWork.valid())
+        _loudnessWork.wait();
+}
 
 void Analyzer::process(const ZRNativeAudioBuffer& block)
 {
@@ -101,8 +95,8 @@ void Analyzer::process(const ZRNativeAudioBuffer& block)
     _frames += frames;
     if (_basic)
         return;
-    _processWeighting(block);
     _processLoudness(block);
+    _processWeighting(block);
     _spectrum->process(block);
 }
 
@@ -127,35 +121,19 @@ void Analyzer::_processWeighting(const ZRNativeAudioBuffer& block)
 
 void Analyzer::_processLoudness(const ZRNativeAudioBuffer& block)
 {
+    // The meter's buffer is free once its work on the previous block is done.
+    if (_loudnessWork.valid())
+        _loudnessWork.wait();
+    std::vector<float>& interleaved = _interleaved;
     const uint32_t frames = block.frames();
-    uint32_t done = 0;
-    while (done < frames) {
-        const uint32_t count = std::min(frames - done, _loudnessStep - _loudnessFilled);
-        float* interleaved = _loudnessFrames.data() + size_t(_loudnessFilled) * _channels;
-        for (uint32_t c = 0; c < _channels; ++c) {
-            const float* samples = block.channel(c) + done;
-            for (uint32_t i = 0; i < count; ++i)
-                interleaved[size_t(i) * _channels + c] = samples[i];
-        }
-        _loudnessFilled += count;
-        done += count;
-        if (_loudnessFilled == _loudnessStep)
-            _addLoudnessFrames(_loudnessFilled);
+    interleaved.resize(size_t(frames) * _channels);
+    for (uint32_t c = 0; c < _channels; ++c) {
+        const float* samples = block.channel(c);
+        for (uint32_t i = 0; i < frames; ++i)
+            interleaved[size_t(i) * _channels + c] = samples[i];
     }
-}
-
-void Analyzer::_addLoudnessFrames(uint32_t frames)
-{
-    ebur128_add_frames_float(_loudness->state, _loudnessFrames.data(), frames);
-    _loudnessFilled = 0;
-    // The meters read every 100 ms, as a loudness meter's display does; the short-term meter from its first full
-    // three-second window, so that the silence before the signal does not count.
-    double value;
-    if (ebur128_loudness_momentary(_loudness->state, &value) == EBUR128_SUCCESS)
-        _maxMomentary = std::max(_maxMomentary, value);
-    if (_frames >= uint64_t(_sampleRate * 3.0)
-        && ebur128_loudness_shortterm(_loudness->state, &value) == EBUR128_SUCCESS)
-        _maxShortTerm = std::max(_maxShortTerm, value);
+    _loudnessWork
+        = std::async(std::launch::async, [this, &interleaved, frames] { _loudness->add(interleaved.data(), frames); });
 }
 
 AnalysisResult Analyzer::finish()
@@ -166,12 +144,13 @@ AnalysisResult Analyzer::finish()
     result.frames = _frames;
     result.basic = _basic;
     if (!_basic) {
-        if (_loudnessFilled > 0)
-            _addLoudnessFrames(_loudnessFilled);
-        ebur128_loudness_global(_loudness->state, &result.integratedLufs);
-        ebur128_loudness_range(_loudness->state, &result.loudnessRangeLu);
-        result.maxMomentaryLufs = _maxMomentary;
-        result.maxShortTermLufs = _maxShortTerm;
+        if (_loudnessWork.valid())
+            _loudnessWork.wait();
+        _loudness->finish();
+        result.integratedLufs = _loudness->integratedLufs();
+        result.loudnessRangeLu = _loudness->loudnessRangeLu();
+        result.maxMomentaryLufs = _loudness->maxMomentaryLufs();
+        result.maxShortTermLufs = _loudness->maxShortTermLufs();
         _spectrum->finish();
         result.spectralCentroidHz = _spectrum->centroid();
         result.spectralRolloffHz = _spectrum->rolloff(rolloffFraction);
@@ -192,9 +171,7 @@ AnalysisResult Analyzer::finish()
         statistics.maximum = sums.maximum;
         statistics.clippedSamples = sums.clipped;
         if (!_basic) {
-            double truePeak = 0.0;
-            ebur128_true_peak(_loudness->state, c, &truePeak);
-            statistics.truePeak = std::max(truePeak, double(sums.peak));
+            statistics.truePeak = std::max(_loudness->truePeak(c), double(sums.peak));
             statistics.aWeightedRms = std::sqrt(sums.weightedSquares[0] / count);
             statistics.bWeightedRms = std::sqrt(sums.weightedSquares[1] / count);
             statistics.cWeightedRms = std::sqrt(sums.weightedSquares[2] / count);

@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <future>
 #include <memory>
 #include <vector>
 
@@ -12,6 +13,7 @@ class ZRNativeAudioBuffer;
 
 namespace zr {
 
+class LoudnessMeter;
 class SpectrumAccumulator;
 
 // Levels as linear amplitudes relative to full scale (1.0).
@@ -53,7 +55,8 @@ struct AnalysisResult {
 
 // One pass over a signal, block after block: sample statistics per channel, A-, B- and C-weighted RMS through the
 // library's filters, EBU R128 loudness and 4× oversampled true peak through libebur128, and the average spectrum
-// of the channels' mix through the FFT buffer, with its centroid, roll-off and pitch estimate.
+// of the channels' mix through the FFT buffer, with its centroid, roll-off and pitch estimate. The loudness meter,
+// the costliest part, measures each block on a thread of its own while the rest measures the next one.
 class Analyzer {
 public:
     // The fraction of the spectrum's summed magnitude below the roll-off frequency.
@@ -86,7 +89,6 @@ private:
     Analyzer(double sampleRate, uint32_t channels, bool basic);
     void _processWeighting(const ZRNativeAudioBuffer& block);
     void _processLoudness(const ZRNativeAudioBuffer& block);
-    void _addLoudnessFrames(uint32_t frames);
 
     double _sampleRate;
     uint32_t _channels;
@@ -97,15 +99,10 @@ private:
     std::unique_ptr<ZRFilter> _weightings[3];
     std::unique_ptr<ZRNativeAudioBuffer> _weighted;
 
-    // libebur128's state, whose type is an unnamed struct.
-    struct Loudness;
-    std::unique_ptr<Loudness> _loudness;
-    // Interleaved frames waiting for the next 100 ms step of the momentary and short-term meters.
-    std::vector<float> _loudnessFrames;
-    uint32_t _loudnessFilled = 0;
-    uint32_t _loudnessStep = 0;
-    double _maxMomentary = -HUGE_VAL;
-    double _maxShortTerm = -HUGE_VAL;
+    std::unique_ptr<LoudnessMeter> _loudness;
+    // The interleaved block the meter works on.
+    std::vector<float> _interleaved;
+    std::future<void> _loudnessWork;
 
     std::unique_ptr<SpectrumAccumulator> _spectrum;
 };
