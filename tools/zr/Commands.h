@@ -88,6 +88,15 @@ int convertCommand(const ConvertOptions& options);
 int waveformCommand(const WaveformOptions& options);
 int spectrumCommand(const SpectrumOptions& options);
 
+// The keys of a map of names, in order.
+template <typename Map> std::vector<std::string> namesOf(const Map& map)
+{
+    std::vector<std::string> names;
+    for (const auto& entry : map)
+        names.push_back(entry.first);
+    return names;
+}
+
 // The names --window takes.
 std::vector<std::string> spectrumWindowNames();
 

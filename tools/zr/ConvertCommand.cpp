@@ -273,21 +273,9 @@ namespace {
 
 }
 
-std::vector<std::string> convertFormatNames()
-{
-    std::vector<std::string> names;
-    for (const auto& [name, code] : formatNames())
-        names.push_back(name);
-    return names;
-}
+std::vector<std::string> convertFormatNames() { return namesOf(formatNames()); }
 
-std::vector<std::string> convertTypeNames()
-{
-    std::vector<std::string> names;
-    for (const auto& [name, kind] : outputKinds())
-        names.push_back(name);
-    return names;
-}
+std::vector<std::string> convertTypeNames() { return namesOf(outputKinds()); }
 
 int convertCommand(const ConvertOptions& options)
 {

@@ -33,13 +33,7 @@ static const std::map<std::string, uint32_t>& windowCodes()
     return codes;
 }
 
-std::vector<std::string> spectrumWindowNames()
-{
-    std::vector<std::string> names;
-    for (const auto& [name, code] : windowCodes())
-        names.push_back(name);
-    return names;
-}
+std::vector<std::string> spectrumWindowNames() { return namesOf(windowCodes()); }
 
 static FileOutcome runSpectrum(const SpectrumOptions& options, ProgressBar& progress)
 {
