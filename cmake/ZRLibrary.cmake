@@ -28,8 +28,8 @@ target_include_directories(zrbase PUBLIC
     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 target_link_libraries(zrbase
     PUBLIC Threads::Threads
-    PRIVATE PkgConfig::PLIST PkgConfig::UUID PkgConfig::FFTW3F OpenSSL::Crypto EXPAT::EXPAT PkgConfig::LILV
-        ${CMAKE_DL_LIBS})
+    PRIVATE PkgConfig::PLIST PkgConfig::UUID PkgConfig::FFTW3F PkgConfig::FFMPEG PkgConfig::SOXR OpenSSL::Crypto
+        EXPAT::EXPAT PkgConfig::LILV ${CMAKE_DL_LIBS})
 set_target_properties(zrbase PROPERTIES
     VERSION ${PROJECT_VERSION}
     SOVERSION ${PROJECT_VERSION_MAJOR}

@@ -1,0 +1,210 @@
+#include "Analyzer.h"
+
+#include "LoudnessMeter.h"
+#include "SpectrumAccumulator.h"
+#include "ToolError.h"
+
+#include <zrbase/audio/ZRNativeAudioBuffer.h>
+#include <zrbase/dsp/ZRAWeightedFilter.h>
+#include <zrbase/dsp/ZRBWeightedFilter.h>
+#include <zrbase/dsp/ZRCWeightedFilter.h>
+
+#include <zrbase/audio/ZRFFTBuffer.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace zr {
+
+double LevelStatistics::aes17Rms() const noexcept { return rms * std::sqrt(2.0); }
+
+double LevelStatistics::crestFactor() const noexcept { return rms > 0.0 ? peak / rms : 0.0; }
+
+std::unique_ptr<Analyzer> Analyzer::analyzerWithFormat(
+    double sampleRate, uint32_t channels, bool basic, ZRErrorPtr* error)
+{
+    if (channels == 0 || !(sampleRate >= 1.0)) {
+        if (error)
+            *error = toolError("Analysing audio", "the audio has no channels or no sample rate");
+        return nullptr;
+    }
+    std::unique_ptr<Analyzer> analyzer(new Analyzer(sampleRate, channels, basic));
+    if (basic)
+        return analyzer;
+
+    analyzer->_loudness = LoudnessMeter::meterWithFormat(sampleRate, channels);
+    analyzer->_spectrum
+        = SpectrumAccumulator::accumulatorWithResolution(spectrumResolution, ZRFFTBuffer::WindowHann, sampleRate);
+    analyzer->_weighted = ZRNativeAudioBuffer::bufferWithChannels(channels, 1, error);
+    if (!analyzer->_loudness || !analyzer->_spectrum || !analyzer->_weighted) {
+        if (error && !*error)
+            *error = toolError("Analysing audio", "the loudness meter or the spectrum could not be set up");
+        return nullptr;
+    }
+    analyzer->_weightings[0] = std::make_unique<ZRAWeightedFilter>();
+    analyzer->_weightings[1] = std::make_unique<ZRBWeightedFilter>();
+    analyzer->_weightings[2] = std::make_unique<ZRCWeightedFilter>();
+    for (auto& filter : analyzer->_weightings) {
+        filter->setSampleRate(sampleRate);
+        filter->setActive(true);
+        filter->reserveChannels(channels);
+    }
+    return analyzer;
+}
+
+Analyzer::Analyzer(double sampleRate, uint32_t channels, bool basic)
+    : _sampleRate(sampleRate)
+    , _channels(channels)
+    , _basic(basic)
+    , _sums(channels)
+{
+}
+
+Analyzer::~Analyzer()
+{
+    if (_loudnessWork.valid())
+        _loudnessWork.wait();
+}
+
+void Analyzer::process(const ZRNativeAudioBuffer& block)
+{
+    const uint32_t frames = block.frames();
+    for (uint32_t c = 0; c < _channels; ++c) {
+        const float* samples = block.channel(c);
+        Sums& sums = _sums[c];
+        double sum = 0.0, squares = 0.0;
+        float peak = sums.peak, minimum = sums.minimum, maximum = sums.maximum;
+        uint64_t clipped = 0;
+        for (uint32_t i = 0; i < frames; ++i) {
+            const float x = samples[i];
+            sum += x;
+            squares += double(x) * x;
+            minimum = std::min(minimum, x);
+            maximum = std::max(maximum, x);
+            clipped += std::fabs(x) >= 1.0f;
+        }
+        if (frames > 0)
+            peak = std::max({ peak, maximum, -minimum });
+        sums.sum += sum;
+        sums.squares += squares;
+        sums.peak = peak;
+        sums.minimum = minimum;
+        sums.maximum = maximum;
+        sums.clipped += clipped;
+    }
+    _frames += frames;
+    if (_basic)
+        return;
+    _processLoudness(block);
+    _processWeighting(block);
+    _spectrum->process(block);
+}
+
+void Analyzer::_processWeighting(const ZRNativeAudioBuffer& block)
+{
+    const uint32_t frames = block.frames();
+    if (_weighted->frames() != frames)
+        _weighted->setFrames(frames);
+    for (size_t w = 0; w < 3; ++w) {
+        for (uint32_t c = 0; c < _channels; ++c)
+            std::copy_n(block.channel(c), frames, _weighted->channel(c));
+        _weightings[w]->filter(*_weighted);
+        for (uint32_t c = 0; c < _channels; ++c) {
+            const float* samples = _weighted->channel(c);
+            double squares = 0.0;
+            for (uint32_t i = 0; i < frames; ++i)
+                squares += double(samples[i]) * samples[i];
+            _sums[c].weightedSquares[w] += squares;
+        }
+    }
+}
+
+void Analyzer::_processLoudness(const ZRNativeAudioBuffer& block)
+{
+    // The meter's buffer is free once its work on the previous block is done.
+    if (_loudnessWork.valid())
+        _loudnessWork.wait();
+    std::vector<float>& interleaved = _interleaved;
+    const uint32_t frames = block.frames();
+    interleaved.resize(size_t(frames) * _channels);
+    for (uint32_t c = 0; c < _channels; ++c) {
+        const float* samples = block.channel(c);
+        for (uint32_t i = 0; i < frames; ++i)
+            interleaved[size_t(i) * _channels + c] = samples[i];
+    }
+    _loudnessWork
+        = std::async(std::launch::async, [this, &interleaved, frames] { _loudness->add(interleaved.data(), frames); });
+}
+
+AnalysisResult Analyzer::finish()
+{
+    AnalysisResult result;
+    result.sampleRate = _sampleRate;
+    result.channels = _channels;
+    result.frames = _frames;
+    result.basic = _basic;
+    if (!_basic) {
+        if (_loudnessWork.valid())
+            _loudnessWork.wait();
+        _loudness->finish();
+        result.integratedLufs = _loudness->integratedLufs();
+        result.loudnessRangeLu = _loudness->loudnessRangeLu();
+        result.maxMomentaryLufs = _loudness->maxMomentaryLufs();
+        result.maxShortTermLufs = _loudness->maxShortTermLufs();
+        _spectrum->finish();
+        result.spectralCentroidHz = _spectrum->centroid();
+        result.spectralRolloffHz = _spectrum->rolloff(rolloffFraction);
+        result.pitchHz = _spectrum->pitch();
+    }
+
+    const double count = double(std::max<uint64_t>(_frames, 1));
+    Sums total;
+    total.minimum = _sums[0].minimum;
+    total.maximum = _sums[0].maximum;
+    for (uint32_t c = 0; c < _channels; ++c) {
+        const Sums& sums = _sums[c];
+        LevelStatistics statistics;
+        statistics.peak = sums.peak;
+        statistics.rms = std::sqrt(sums.squares / count);
+        statistics.dcOffset = sums.sum / count;
+        statistics.minimum = sums.minimum;
+        statistics.maximum = sums.maximum;
+        statistics.clippedSamples = sums.clipped;
+        if (!_basic) {
+            statistics.truePeak = std::max(_loudness->truePeak(c), double(sums.peak));
+            statistics.aWeightedRms = std::sqrt(sums.weightedSquares[0] / count);
+            statistics.bWeightedRms = std::sqrt(sums.weightedSquares[1] / count);
+            statistics.cWeightedRms = std::sqrt(sums.weightedSquares[2] / count);
+        }
+        result.perChannel.push_back(statistics);
+
+        total.sum += sums.sum;
+        total.squares += sums.squares;
+        for (size_t w = 0; w < 3; ++w)
+            total.weightedSquares[w] += sums.weightedSquares[w];
+        total.minimum = std::min(total.minimum, sums.minimum);
+        total.maximum = std::max(total.maximum, sums.maximum);
+        total.clipped += sums.clipped;
+        result.overall.truePeak = std::max(result.overall.truePeak, statistics.truePeak);
+    }
+    const double samples = count * _channels;
+    LevelStatistics& overall = result.overall;
+    overall.peak = std::max(double(total.maximum), -double(total.minimum));
+    if (_frames == 0) {
+        total.minimum = total.maximum = 0.0f;
+        overall.peak = 0.0;
+        for (LevelStatistics& statistics : result.perChannel)
+            statistics.minimum = statistics.maximum = 0.0;
+    }
+    overall.rms = std::sqrt(total.squares / samples);
+    overall.dcOffset = total.sum / samples;
+    overall.minimum = total.minimum;
+    overall.maximum = total.maximum;
+    overall.clippedSamples = total.clipped;
+    overall.aWeightedRms = std::sqrt(total.weightedSquares[0] / samples);
+    overall.bWeightedRms = std::sqrt(total.weightedSquares[1] / samples);
+    overall.cWeightedRms = std::sqrt(total.weightedSquares[2] / samples);
+    return result;
+}
+
+}

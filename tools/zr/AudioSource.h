@@ -1,0 +1,49 @@
+#pragma once
+
+#include <zrbase/core/ZRError.h>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+class ZRNativeAudioBuffer;
+
+namespace zr {
+
+class ProgressBar;
+
+// How an input is to be read: raw interleaved 32-bit float samples at a given rate and channel count, or (with
+// no raw format) a file whose container is recognised from its bytes.
+struct SourceFormat {
+    uint32_t rawRate = 0;
+    uint32_t rawChannels = 0;
+    bool isRaw() const noexcept { return rawRate > 0; }
+};
+
+// Audio read block after block into the library's native float buffers.
+class AudioSource {
+public:
+    virtual ~AudioSource() = default;
+
+    // The input's path as given ("-" for standard input).
+    virtual const std::string& path() const noexcept = 0;
+    virtual double sampleRate() const noexcept = 0;
+    virtual uint32_t channels() const noexcept = 0;
+    // The length in frames, when the input knows it before it is read.
+    virtual std::optional<uint64_t> frames() const noexcept = 0;
+    // Reads up to block.frames() frames into the block (which has channels() channels) and shrinks it to the
+    // frames read when fewer arrive. 0 at the end; nothing on failure.
+    virtual std::optional<uint32_t> read(ZRNativeAudioBuffer& block, ZRErrorPtr* error = nullptr) = 0;
+
+    // Opens an input; "-" is standard input.
+    static std::unique_ptr<AudioSource> open(
+        const std::string& path, const SourceFormat& format, ZRErrorPtr* error = nullptr);
+};
+
+// Reads the whole input in blocks and hands each to `consume`, counting the frames on the progress bar.
+bool readAll(AudioSource& source, ProgressBar* progress,
+    const std::function<void(const ZRNativeAudioBuffer& block)>& consume, ZRErrorPtr* error = nullptr);
+
+}

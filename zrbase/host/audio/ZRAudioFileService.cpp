@@ -1,0 +1,705 @@
+#include <zrbase/host/audio/ZRAudioFileService.h>
+
+#include <zrbase/host/audio/ZRFFmpegPrivate.h>
+
+extern "C" {
+#include <libavformat/avformat.h>
+#include <libavutil/channel_layout.h>
+}
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstring>
+#include <fcntl.h>
+#include <mutex>
+#include <string_view>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr OSStatus dupFNErr = -48;
+constexpr AudioChannelLayoutTag kAudioChannelLayoutTag_UseChannelBitmap = 1U << 16;
+
+struct Container {
+    AudioFileTypeID type;
+    const char* muxer;
+};
+
+constexpr std::array<Container, 10> writableContainers { {
+    { kAudioFileWAVEType, "wav" },
+    { kAudioFileAIFFType, "aiff" },
+    { kAudioFileAIFCType, "aiff" },
+    { kAudioFileCAFType, "caf" },
+    { kAudioFileM4AType, "ipod" },
+    { kAudioFileMPEG4Type, "mp4" },
+    { kAudioFileMP3Type, "mp3" },
+    { kAudioFileMP2Type, "mp2" },
+    { kAudioFileMP1Type, "mp2" },
+    { kAudioFileAC3Type, "ac3" },
+} };
+
+// The information-dictionary keys and the tag names FFmpeg's containers use for them.
+constexpr std::array<std::pair<std::string_view, std::string_view>, 7> infoKeys { {
+    { "title", "title" },
+    { "artist", "artist" },
+    { "album", "album" },
+    { "genre", "genre" },
+    { "year", "date" },
+    { "comments", "comment" },
+    { "composer", "composer" },
+} };
+
+void quietLibraries()
+{
+    static std::once_flag once;
+    std::call_once(once, [] { av_log_set_level(AV_LOG_FATAL); });
+}
+
+OSStatus statusForErrno(int code) noexcept
+{
+    switch (code) {
+    case ENOENT:
+    case ENOTDIR:
+        return kAudioFileNotFoundError;
+    case EACCES:
+    case EPERM:
+    case EROFS:
+        return kAudioFilePermissionsError;
+    case EEXIST:
+        return dupFNErr;
+    default:
+        return kAudioFileUnspecifiedError;
+    }
+}
+
+OSStatus statusForAVError(int error) noexcept
+{
+    if (error == AVERROR_EOF)
+        return kAudioFileEndOfFileError;
+    if (error == AVERROR_INVALIDDATA)
+        return kAudioFileInvalidFileError;
+    if (error == AVERROR_PATCHWELCOME || error == AVERROR(ENOSYS))
+        return kAudioFileOperationNotSupportedError;
+    if (error < 0 && error > -4096)
+        return statusForErrno(-error);
+    return kAudioFileUnspecifiedError;
+}
+
+// The container type of a demuxer, told apart further by the first bytes where one demuxer reads several.
+std::optional<AudioFileTypeID> typeForDemuxer(std::string_view name, std::span<const uint8_t> head, AVCodecID codec)
+{
+    const auto headTag = [&](size_t at) {
+        return head.size() >= at + 4 ? std::string_view(reinterpret_cast<const char*>(head.data()) + at, 4)
+                                     : std::string_view();
+    };
+    if (name == "wav")
+        return kAudioFileWAVEType;
+    if (name == "aiff")
+        return headTag(8) == "AIFC" ? kAudioFileAIFCType : kAudioFileAIFFType;
+    if (name == "caf")
+        return kAudioFileCAFType;
+    if (name.starts_with("mov,mp4"))
+        return headTag(8) == "M4A " ? kAudioFileM4AType : kAudioFileMPEG4Type;
+    if (name == "mp3") {
+        if (codec == AV_CODEC_ID_MP1)
+            return kAudioFileMP1Type;
+        return codec == AV_CODEC_ID_MP2 ? kAudioFileMP2Type : kAudioFileMP3Type;
+    }
+    if (name == "ac3")
+        return kAudioFileAC3Type;
+    if (name == "flac" || name == "ogg")
+        return kAudioFileUnknownType;
+    return std::nullopt;
+}
+
+// Input contexts read through a reader of their own, which closing the context leaves open.
+struct FormatContextClose {
+    void operator()(AVFormatContext* context) const noexcept
+    {
+        AVIOContext* io = context->pb;
+        avformat_close_input(&context);
+        avio_closep(&io);
+    }
+};
+
+} // namespace
+
+struct OpaqueAudioFileID {
+    std::string path;
+    AudioFileTypeID type = 0;
+    AudioStreamBasicDescription format {};
+    bool writing = false;
+
+    // Reading through the demuxer: the stream, and the packet the next read of the demuxer gives.
+    std::unique_ptr<AVFormatContext, FormatContextClose> input;
+    int streamIndex = -1;
+    uint64_t nextPacket = 0;
+    ZRAVPacket pending;
+    // Reading constant packets straight from the file's data.
+    int descriptor = -1;
+    bool direct = false;
+    int64_t dataStart = 0;
+    // What a pass over the packets found.
+    uint64_t packetCount = 0;
+    uint32_t maximumPacketSize = 0;
+    uint32_t priming = 0;
+    uint32_t remainder = 0;
+    int64_t totalFrames = 0;
+
+    // Writing: the muxer, what goes into its header, and the last packet, held back until the next one or the close
+    // says whether it ends the file.
+    AVFormatContext* output = nullptr;
+    bool headerWritten = false;
+    ZRDictionary info;
+    int64_t nextTimestamp = 0;
+    ZRAVPacket held;
+
+    ~OpaqueAudioFileID()
+    {
+        if (descriptor >= 0)
+            ::close(descriptor);
+        if (output) {
+            avio_closep(&output->pb);
+            avformat_free_context(output);
+        }
+    }
+
+    OSStatus openInput();
+    OSStatus scanPackets();
+    OSStatus readDirect(int64_t start, uint32_t& ioNumPackets, uint32_t& ioNumBytes, void* buffer,
+        AudioStreamPacketDescription* descriptions);
+    OSStatus readDemuxed(int64_t start, uint32_t& ioNumPackets, uint32_t& ioNumBytes, void* buffer,
+        AudioStreamPacketDescription* descriptions);
+    // The next packet of the stream into `pending`; false at the end or on a failure (`status`).
+    bool fillPending(OSStatus& status);
+    OSStatus writeHeader();
+    OSStatus writeHeld(bool last);
+};
+
+OSStatus OpaqueAudioFileID::openInput()
+{
+    input.reset();
+    pending.reset();
+    nextPacket = 0;
+    AVIOContext* io = nullptr;
+    if (const int result = avio_open(&io, path.c_str(), AVIO_FLAG_READ); result < 0)
+        return statusForAVError(result);
+    const AVInputFormat* demuxer = nullptr;
+    // No name goes with the bytes, so that the container is known by its contents alone.
+    if (av_probe_input_buffer2(io, &demuxer, "", nullptr, 0, 0) < 0 || !demuxer) {
+        avio_closep(&io);
+        return kAudioFileUnsupportedFileTypeError;
+    }
+    AVFormatContext* context = avformat_alloc_context();
+    if (!context) {
+        avio_closep(&io);
+        return kAudioFileUnspecifiedError;
+    }
+    context->pb = io;
+    context->flags |= AVFMT_FLAG_CUSTOM_IO;
+    if (const int result = avformat_open_input(&context, "", demuxer, nullptr); result < 0) {
+        avio_closep(&io);
+        return result == AVERROR_INVALIDDATA || result == AVERROR_EOF ? kAudioFileInvalidFileError
+                                                                      : statusForAVError(result);
+    }
+    input = std::unique_ptr<AVFormatContext, FormatContextClose>(context);
+    if (avformat_find_stream_info(context, nullptr) < 0)
+        return kAudioFileInvalidFileError;
+    streamIndex = av_find_best_stream(context, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
+    if (streamIndex < 0)
+        return kAudioFileUnsupportedDataFormatError;
+    return noErr;
+}
+
+bool OpaqueAudioFileID::fillPending(OSStatus& status)
+{
+    if (pending)
+        return true;
+    ZRAVPacket packet(av_packet_alloc());
+    while (true) {
+        const int result = av_read_frame(input.get(), packet.get());
+        if (result == AVERROR_EOF)
+            return false;
+        if (result < 0) {
+            status = statusForAVError(result);
+            return false;
+        }
+        if (packet->stream_index == streamIndex && packet->size > 0)
+            break;
+        av_packet_unref(packet.get());
+    }
+    pending = std::move(packet);
+    return true;
+}
+
+OSStatus OpaqueAudioFileID::scanPackets()
+{
+    OSStatus status = noErr;
+    while (fillPending(status)) {
+        ++packetCount;
+        const AVStream* stream = input->streams[streamIndex];
+        totalFrames += av_rescale_q(std::max<int64_t>(pending->duration, 0), stream->time_base,
+            AVRational { 1, stream->codecpar->sample_rate });
+        maximumPacketSize = std::max(maximumPacketSize, uint32_t(pending->size));
+        size_t size = 0;
+        if (const uint8_t* skip = av_packet_get_side_data(pending.get(), AV_PKT_DATA_SKIP_SAMPLES, &size);
+            skip && size >= 8) {
+            priming += skip[0] | (skip[1] << 8) | (skip[2] << 16) | (uint32_t(skip[3]) << 24);
+            remainder += skip[4] | (skip[5] << 8) | (skip[6] << 16) | (uint32_t(skip[7]) << 24);
+        }
+        pending.reset();
+    }
+    return status;
+}
+
+OSStatus OpaqueAudioFileID::readDirect(int64_t start, uint32_t& ioNumPackets, uint32_t& ioNumBytes, void* buffer,
+    AudioStreamPacketDescription* descriptions)
+{
+    const uint32_t size = format.mBytesPerPacket;
+    const uint64_t available = uint64_t(start) < packetCount ? packetCount - uint64_t(start) : 0;
+    const uint32_t count = uint32_t(std::min<uint64_t>({ ioNumPackets, available, ioNumBytes / size }));
+    size_t done = 0;
+    const size_t wanted = size_t(count) * size;
+    while (done < wanted) {
+        const ssize_t got = pread(
+            descriptor, static_cast<uint8_t*>(buffer) + done, wanted - done, off_t(dataStart + start * size + done));
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0)
+            return kAudioFileUnspecifiedError;
+        if (got == 0)
+            break;
+        done += size_t(got);
+    }
+    ioNumPackets = uint32_t(done / size);
+    ioNumBytes = ioNumPackets * size;
+    for (uint32_t i = 0; descriptions && i < ioNumPackets; ++i)
+        descriptions[i] = { int64_t(i) * size, 0, size };
+    return noErr;
+}
+
+OSStatus OpaqueAudioFileID::readDemuxed(int64_t start, uint32_t& ioNumPackets, uint32_t& ioNumBytes, void* buffer,
+    AudioStreamPacketDescription* descriptions)
+{
+    OSStatus status = noErr;
+    if (uint64_t(start) < nextPacket)
+        status = openInput();
+    while (status == noErr && nextPacket < uint64_t(start) && fillPending(status)) {
+        pending.reset();
+        ++nextPacket;
+    }
+    uint32_t packets = 0;
+    uint32_t bytes = 0;
+    while (
+        status == noErr && packets < ioNumPackets && nextPacket == uint64_t(start) + packets && fillPending(status)) {
+        const uint32_t size = uint32_t(pending->size);
+        if (size > ioNumBytes - bytes) {
+            if (packets == 0)
+                status = kAudioFileBadPropertySizeError;
+            break;
+        }
+        std::memcpy(static_cast<uint8_t*>(buffer) + bytes, pending->data, size);
+        if (descriptions) {
+            const uint32_t frames = format.mFramesPerPacket ? 0 : uint32_t(std::max<int64_t>(pending->duration, 0));
+            descriptions[packets] = { bytes, frames, size };
+        }
+        bytes += size;
+        ++packets;
+        ++nextPacket;
+        pending.reset();
+    }
+    if (status != noErr)
+        return status;
+    ioNumPackets = packets;
+    ioNumBytes = bytes;
+    return noErr;
+}
+
+OSStatus ZRAudioFileService::open(const std::string& path, AudioFileID& file)
+{
+    quietLibraries();
+    struct stat info { };
+    if (::stat(path.c_str(), &info) != 0)
+        return statusForErrno(errno);
+    if (!S_ISREG(info.st_mode))
+        return kAudioFileInvalidFileError;
+    auto opened = std::make_unique<OpaqueAudioFileID>();
+    opened->path = path;
+    opened->descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (opened->descriptor < 0)
+        return statusForErrno(errno);
+    std::array<uint8_t, 12> head {};
+    const ssize_t headSize = pread(opened->descriptor, head.data(), head.size(), 0);
+    if (headSize <= 0)
+        return kAudioFileInvalidFileError;
+    if (const OSStatus status = opened->openInput(); status != noErr)
+        return status;
+    const AVStream* stream = opened->input->streams[opened->streamIndex];
+    const AVCodecParameters& parameters = *stream->codecpar;
+    const auto type
+        = typeForDemuxer(opened->input->iformat->name, { head.data(), size_t(headSize) }, parameters.codec_id);
+    if (!type)
+        return kAudioFileUnsupportedFileTypeError;
+    opened->type = *type;
+    if (!ZRDescriptionForCodecParameters(parameters, opened->format))
+        return kAudioFileUnsupportedDataFormatError;
+    if (opened->format.mSampleRate <= 0 || opened->format.mChannelsPerFrame == 0)
+        return kAudioFileInvalidFileError;
+    const bool chunked = *type == kAudioFileWAVEType || *type == kAudioFileAIFFType || *type == kAudioFileAIFCType
+        || *type == kAudioFileCAFType;
+    if (chunked && opened->format.mBytesPerPacket > 0 && opened->format.mFramesPerPacket > 0) {
+        // Constant packets lie one after another from the first one on; the header's length is believed as far as
+        // the file reaches.
+        OSStatus status = noErr;
+        opened->direct = true;
+        opened->dataStart = opened->fillPending(status) ? opened->pending->pos : -1;
+        if (opened->dataStart < 0)
+            opened->dataStart = info.st_size;
+        const uint64_t inFile = uint64_t(info.st_size - opened->dataStart) / opened->format.mBytesPerPacket;
+        uint64_t declared = inFile;
+        if (stream->duration > 0 && stream->duration != AV_NOPTS_VALUE) {
+            declared = uint64_t(av_rescale_q(
+                           stream->duration, stream->time_base, AVRational { 1, int(opened->format.mSampleRate) }))
+                / opened->format.mFramesPerPacket;
+        }
+        opened->packetCount = std::min(declared, inFile);
+        opened->totalFrames = int64_t(opened->packetCount * opened->format.mFramesPerPacket);
+        opened->maximumPacketSize = opened->format.mBytesPerPacket;
+        opened->input.reset();
+        opened->pending.reset();
+    } else {
+        if (const OSStatus status = opened->scanPackets(); status != noErr)
+            return status;
+        if (const OSStatus status = opened->openInput(); status != noErr)
+            return status;
+        ::close(opened->descriptor);
+        opened->descriptor = -1;
+    }
+    file = opened.release();
+    return noErr;
+}
+
+OSStatus ZRAudioFileService::create(const std::string& folder, const std::string& name, AudioFileTypeID type,
+    const AudioStreamBasicDescription& format, AudioFileID& file)
+{
+    quietLibraries();
+    const auto container = std::find_if(writableContainers.begin(), writableContainers.end(),
+        [&](const Container& candidate) { return candidate.type == type; });
+    if (container == writableContainers.end())
+        return kAudioFileUnsupportedFileTypeError;
+    const AVCodecID codec = ZRCodecIDForDescription(format);
+    const AVOutputFormat* muxer = av_guess_format(container->muxer, nullptr, nullptr);
+    if (codec == AV_CODEC_ID_NONE || !muxer || avformat_query_codec(muxer, codec, FF_COMPLIANCE_NORMAL) != 1
+        || (format.mFormatFlags & kAudioFormatFlagIsNonInterleaved) || format.mChannelsPerFrame == 0
+        || format.mSampleRate < 1 || format.mSampleRate > INT_MAX)
+        return kAudioFileUnsupportedDataFormatError;
+    if (type == kAudioFileAIFFType && format.mFormatID == kAudioFormatLinearPCM
+        && !(format.mFormatFlags & kAudioFormatFlagIsBigEndian) && format.mBitsPerChannel > 8)
+        return kAudioFileUnsupportedDataFormatError;
+    struct stat info { };
+    if (::stat(folder.c_str(), &info) != 0)
+        return statusForErrno(errno);
+    const std::string path = folder + (folder.ends_with('/') ? "" : "/") + name;
+    if (::lstat(path.c_str(), &info) == 0)
+        return dupFNErr;
+
+    auto created = std::make_unique<OpaqueAudioFileID>();
+    created->path = path;
+    created->type = type;
+    created->format = format;
+    created->writing = true;
+    if (avformat_alloc_output_context2(&created->output, muxer, nullptr, path.c_str()) < 0)
+        return kAudioFileUnspecifiedError;
+    AVStream* stream = avformat_new_stream(created->output, nullptr);
+    if (!stream)
+        return kAudioFileUnspecifiedError;
+    AVCodecParameters& parameters = *stream->codecpar;
+    parameters.codec_type = AVMEDIA_TYPE_AUDIO;
+    parameters.codec_id = codec;
+    parameters.sample_rate = int(format.mSampleRate);
+    av_channel_layout_default(&parameters.ch_layout, int(format.mChannelsPerFrame));
+    parameters.frame_size = int(format.mFramesPerPacket);
+    if (format.mFormatID == kAudioFormatLinearPCM) {
+        parameters.bits_per_coded_sample = int(format.mBitsPerChannel);
+        parameters.block_align = int(format.mBitsPerChannel / 8 * format.mChannelsPerFrame);
+        parameters.bit_rate = int64_t(parameters.block_align) * 8 * parameters.sample_rate;
+    } else if (format.mFormatID == kAudioFormatAppleLossless) {
+        static constexpr std::array<int, 5> depths { 0, 16, 20, 24, 32 };
+        parameters.bits_per_raw_sample = format.mFormatFlags < depths.size() ? depths[format.mFormatFlags] : 0;
+    }
+    stream->time_base = AVRational { 1, parameters.sample_rate };
+    if (const int result = avio_open(&created->output->pb, path.c_str(), AVIO_FLAG_WRITE); result < 0)
+        return statusForAVError(result);
+    file = created.release();
+    return noErr;
+}
+
+OSStatus OpaqueAudioFileID::writeHeader()
+{
+    AVDictionary* metadata = nullptr;
+    for (const auto& [key, value] : info) {
+        std::string_view tag = key;
+        for (const auto& [infoKey, tagName] : infoKeys) {
+            if (infoKey == key)
+                tag = tagName;
+        }
+        if (key != kAFInfoDictionary_ApproximateDurationInSeconds)
+            av_dict_set(&metadata, std::string(tag).c_str(), value.stringValue().c_str(), 0);
+    }
+    av_dict_free(&output->metadata);
+    output->metadata = metadata;
+    AVCodecParameters& parameters = *output->streams[0]->codecpar;
+    parameters.initial_padding = int(priming);
+    if (const int result = avformat_write_header(output, nullptr); result < 0)
+        return result == AVERROR(EINVAL) ? kAudioFileUnsupportedDataFormatError : statusForAVError(result);
+    headerWritten = true;
+    return noErr;
+}
+
+OSStatus OpaqueAudioFileID::writeHeld(bool last)
+{
+    if (!held)
+        return noErr;
+    if (last && remainder > 0) {
+        const uint32_t trimmed = uint32_t(std::min<int64_t>(remainder, held->duration));
+        held->duration -= trimmed;
+        if (uint8_t* side = av_packet_new_side_data(held.get(), AV_PKT_DATA_SKIP_SAMPLES, 10)) {
+            std::memset(side, 0, 10);
+            for (int i = 0; i < 4; ++i)
+                side[4 + i] = uint8_t(trimmed >> (8 * i));
+        }
+    }
+    const int result = av_write_frame(output, held.get());
+    held.reset();
+    return result < 0 ? statusForAVError(result) : noErr;
+}
+
+OSStatus ZRAudioFileService::close(AudioFileID file)
+{
+    if (!file)
+        return kAudioFileInvalidFileError;
+    std::unique_ptr<OpaqueAudioFileID> closing(file);
+    if (!closing->writing)
+        return noErr;
+    OSStatus status = closing->headerWritten ? noErr : closing->writeHeader();
+    if (status == noErr)
+        status = closing->writeHeld(true);
+    if (status == noErr && av_write_trailer(closing->output) < 0)
+        status = kAudioFileUnspecifiedError;
+    return status;
+}
+
+OSStatus ZRAudioFileService::readPackets(AudioFileID file, int64_t startPacket, uint32_t& ioNumPackets,
+    uint32_t& ioNumBytes, void* buffer, AudioStreamPacketDescription* descriptions)
+{
+    if (!file || file->writing)
+        return kAudioFileOperationNotSupportedError;
+    if (startPacket < 0)
+        return kAudioFileInvalidPacketOffsetError;
+    if (uint64_t(startPacket) >= file->packetCount || ioNumPackets == 0) {
+        ioNumPackets = 0;
+        ioNumBytes = 0;
+        return noErr;
+    }
+    if (!buffer)
+        return kAudioFileBadPropertySizeError;
+    return file->direct ? file->readDirect(startPacket, ioNumPackets, ioNumBytes, buffer, descriptions)
+                        : file->readDemuxed(startPacket, ioNumPackets, ioNumBytes, buffer, descriptions);
+}
+
+OSStatus ZRAudioFileService::writePackets(AudioFileID file, int64_t startPacket, uint32_t& ioNumPackets,
+    uint32_t numBytes, const void* buffer, const AudioStreamPacketDescription* descriptions)
+{
+    if (!file || !file->writing)
+        return kAudioFilePermissionsError;
+    if (startPacket < 0 || uint64_t(startPacket) != file->packetCount)
+        return kAudioFileInvalidPacketOffsetError;
+    const AudioStreamBasicDescription& format = file->format;
+    if (!descriptions && format.mBytesPerPacket == 0)
+        return kAudioFileInvalidPacketOffsetError;
+    if (!file->headerWritten) {
+        if (const OSStatus status = file->writeHeader(); status != noErr)
+            return status;
+    }
+    const AVRational timeBase = file->output->streams[0]->time_base;
+    const auto timestamp = [&](int64_t frames) {
+        return av_rescale_q(frames, AVRational { 1, int(format.mSampleRate) }, timeBase);
+    };
+    // Constant packets go to the muxer in one run; variable ones one by one, with their frame counts.
+    const uint32_t runs = descriptions ? ioNumPackets : (ioNumPackets > 0 ? 1 : 0);
+    for (uint32_t i = 0; i < runs; ++i) {
+        const int64_t offset = descriptions ? descriptions[i].mStartOffset : 0;
+        const uint32_t size = descriptions ? descriptions[i].mDataByteSize : ioNumPackets * format.mBytesPerPacket;
+        if (offset < 0 || uint64_t(offset) + size > numBytes)
+            return kAudioFileInvalidPacketOffsetError;
+        const uint32_t frames = descriptions && descriptions[i].mVariableFramesInPacket
+            ? descriptions[i].mVariableFramesInPacket
+            : (descriptions ? 1 : ioNumPackets) * format.mFramesPerPacket;
+        ZRAVPacket packet(av_packet_alloc());
+        if (!packet || av_new_packet(packet.get(), int(size)) < 0)
+            return kAudioFileUnspecifiedError;
+        std::memcpy(packet->data, static_cast<const uint8_t*>(buffer) + offset, size);
+        packet->pts = packet->dts = timestamp(file->nextTimestamp - int64_t(file->priming));
+        packet->duration = timestamp(file->nextTimestamp + frames) - timestamp(file->nextTimestamp);
+        file->nextTimestamp += frames;
+        if (const OSStatus status = file->writeHeld(false); status != noErr)
+            return status;
+        file->held = std::move(packet);
+        file->packetCount += descriptions ? 1 : ioNumPackets;
+        file->maximumPacketSize = std::max(file->maximumPacketSize, descriptions ? size : format.mBytesPerPacket);
+    }
+    return noErr;
+}
+
+OSStatus ZRAudioFileService::dataFormat(AudioFileID file, AudioStreamBasicDescription& format)
+{
+    if (!file)
+        return kAudioFileInvalidFileError;
+    format = file->format;
+    return noErr;
+}
+
+OSStatus ZRAudioFileService::fileFormat(AudioFileID file, AudioFileTypeID& type)
+{
+    if (!file)
+        return kAudioFileInvalidFileError;
+    type = file->type;
+    return noErr;
+}
+
+OSStatus ZRAudioFileService::packetCount(AudioFileID file, uint64_t& count)
+{
+    if (!file)
+        return kAudioFileInvalidFileError;
+    count = file->packetCount;
+    return noErr;
+}
+
+OSStatus ZRAudioFileService::maximumPacketSize(AudioFileID file, uint32_t& size)
+{
+    if (!file)
+        return kAudioFileInvalidFileError;
+    size = file->maximumPacketSize;
+    return noErr;
+}
+
+OSStatus ZRAudioFileService::magicCookie(AudioFileID file, ZRData& cookie)
+{
+    if (!file)
+        return kAudioFileInvalidFileError;
+    const AVCodecParameters* parameters = file->writing ? file->output->streams[0]->codecpar
+        : file->input                                   ? file->input->streams[file->streamIndex]->codecpar
+                                                        : nullptr;
+    if (!parameters || parameters->extradata_size <= 0)
+        return kAudioFileUnsupportedPropertyError;
+    cookie = ZRMagicCookieForExtradata(
+        parameters->codec_id, { parameters->extradata, size_t(parameters->extradata_size) });
+    return noErr;
+}
+
+OSStatus ZRAudioFileService::setMagicCookie(AudioFileID file, const ZRData& cookie)
+{
+    if (!file || !file->writing)
+        return kAudioFilePermissionsError;
+    if (file->headerWritten)
+        return kAudioFileOperationNotSupportedError;
+    AVCodecParameters& parameters = *file->output->streams[0]->codecpar;
+    const ZRData extradata = ZRExtradataForMagicCookie(parameters.codec_id, cookie);
+    av_freep(&parameters.extradata);
+    parameters.extradata_size = 0;
+    if (extradata.empty())
+        return noErr;
+    parameters.extradata = static_cast<uint8_t*>(av_mallocz(extradata.size() + AV_INPUT_BUFFER_PADDING_SIZE));
+    if (!parameters.extradata)
+        return kAudioFileUnspecifiedError;
+    std::memcpy(parameters.extradata, extradata.data(), extradata.size());
+    parameters.extradata_size = int(extradata.size());
+    return noErr;
+}
+
+OSStatus ZRAudioFileService::infoDictionary(AudioFileID file, ZRDictionary& info)
+{
+    if (!file)
+        return kAudioFileInvalidFileError;
+    if (file->writing) {
+        info = file->info;
+        return noErr;
+    }
+    if (!file->input)
+        return kAudioFileUnsupportedPropertyError;
+    ZRDictionary result;
+    for (const AVDictionary* metadata : { file->input->metadata, file->input->streams[file->streamIndex]->metadata }) {
+        const AVDictionaryEntry* entry = nullptr;
+        while ((entry = av_dict_get(metadata, "", entry, AV_DICT_IGNORE_SUFFIX))) {
+            std::string key = entry->key;
+            std::transform(key.begin(), key.end(), key.begin(), [](unsigned char c) { return char(std::tolower(c)); });
+            for (const auto& [infoKey, tagName] : infoKeys) {
+                if (tagName == key)
+                    key = infoKey;
+            }
+            result.emplace(key, std::string(entry->value));
+        }
+    }
+    if (file->input->duration > 0) {
+        char seconds[32];
+        std::snprintf(seconds, sizeof seconds, "%.3f", double(file->input->duration) / AV_TIME_BASE);
+        result.emplace(kAFInfoDictionary_ApproximateDurationInSeconds, std::string(seconds));
+    }
+    info = std::move(result);
+    return noErr;
+}
+
+OSStatus ZRAudioFileService::setInfoDictionary(AudioFileID file, const ZRDictionary& info)
+{
+    if (!file || !file->writing)
+        return kAudioFilePermissionsError;
+    if (file->headerWritten)
+        return kAudioFileOperationNotSupportedError;
+    file->info = info;
+    return noErr;
+}
+
+OSStatus ZRAudioFileService::channelLayout(AudioFileID file, ZRData& layout)
+{
+    if (!file)
+        return kAudioFileInvalidFileError;
+    const AVCodecParameters* parameters = file->writing ? file->output->streams[0]->codecpar
+        : file->input                                   ? file->input->streams[file->streamIndex]->codecpar
+                                                        : nullptr;
+    if (!parameters || parameters->ch_layout.order != AV_CHANNEL_ORDER_NATIVE)
+        return kAudioFileUnsupportedPropertyError;
+    // FFmpeg's channel bits are the WAVE channel mask's, which are the channel bitmap's.
+    AudioChannelLayout header {};
+    header.mChannelLayoutTag = kAudioChannelLayoutTag_UseChannelBitmap;
+    header.mChannelBitmap = uint32_t(parameters->ch_layout.u.mask);
+    layout.assign(ZRAudioChannelLayoutSize(0), 0);
+    std::memcpy(layout.data(), &header, layout.size());
+    return noErr;
+}
+
+OSStatus ZRAudioFileService::packetTableInfo(AudioFileID file, AudioFilePacketTableInfo& info)
+{
+    if (!file)
+        return kAudioFileInvalidFileError;
+    const int64_t frames = file->writing ? file->nextTimestamp : file->totalFrames;
+    info.mPrimingFrames = int32_t(file->priming);
+    info.mRemainderFrames = int32_t(file->remainder);
+    info.mNumberValidFrames = std::max<int64_t>(frames - file->priming - file->remainder, 0);
+    return noErr;
+}
+
+OSStatus ZRAudioFileService::setPacketTableInfo(AudioFileID file, const AudioFilePacketTableInfo& info)
+{
+    if (!file || !file->writing)
+        return kAudioFilePermissionsError;
+    if (info.mPrimingFrames < 0 || info.mRemainderFrames < 0)
+        return kAudioFileInvalidPacketOffsetError;
+    if (file->headerWritten && uint32_t(info.mPrimingFrames) != file->priming)
+        return kAudioFileOperationNotSupportedError;
+    file->priming = uint32_t(info.mPrimingFrames);
+    file->remainder = uint32_t(info.mRemainderFrames);
+    return noErr;
+}
