@@ -17,11 +17,12 @@ extern "C" {
 // and the AAC file decoded by FFmpeg's own demux and decode loop. "ratio" is the reference's time over ours.
 namespace {
 
-std::string benchmarkFile(const char* name, const char* command)
+// A file made once by a command, its path put between the command's two parts.
+std::string benchmarkFile(const char* name, const char* command, const char* arguments)
 {
     const std::string path = (std::filesystem::temp_directory_path() / name).string();
-    if (!std::filesystem::exists(path))
-        std::system((std::string(command) + " '" + path + "' >/dev/null 2>&1").c_str());
+    if (!std::filesystem::exists(path) || std::filesystem::file_size(path) == 0)
+        std::system((std::string(command) + " '" + path + "' " + arguments + " >/dev/null 2>&1").c_str());
     return path;
 }
 
@@ -40,8 +41,8 @@ int64_t readAll(const std::string& path, uint32_t block)
 
 void BM_ExtCoreAudioFile_readWAVE(benchmark::State& state)
 {
-    const std::string path = benchmarkFile(
-        "ZRExtCoreAudioFileBench.wav", "sox -n -r 44100 -c 2 -b 16 -t wav - synth 60 sine 440 sine 660 >");
+    const std::string path
+        = benchmarkFile("ZRExtCoreAudioFileBench.wav", "sox -n -r 44100 -c 2 -b 16", "synth 60 sine 440 sine 660");
     std::vector<char> bytes(1 << 16);
     ZRBenchmarkRatio(
         state, [&] { benchmark::DoNotOptimize(readAll(path, uint32_t(state.range(0)))); },
@@ -92,7 +93,8 @@ int64_t decodeWithFFmpeg(const std::string& path)
 void BM_ExtCoreAudioFile_decodeAAC(benchmark::State& state)
 {
     const std::string path = benchmarkFile("ZRExtCoreAudioFileBench.m4a",
-        "ffmpeg -y -f lavfi -i sine=f=440:d=60 -f lavfi -i sine=f=660:d=60 -filter_complex amerge -c:a aac -f ipod");
+        "ffmpeg -y -f lavfi -i sine=f=440:d=60 -f lavfi -i sine=f=660:d=60 -filter_complex amerge -c:a aac -f ipod",
+        "");
     ZRBenchmarkRatio(
         state, [&] { benchmark::DoNotOptimize(readAll(path, 4096)); },
         [&] { benchmark::DoNotOptimize(decodeWithFFmpeg(path)); }, 0);
