@@ -199,7 +199,18 @@ OSStatus OpaqueAudioFileID::openInput()
                                                                       : statusForAVError(result);
     }
     input = std::unique_ptr<AVFormatContext, FormatContextClose>(context);
-    if (avformat_find_stream_info(context, nullptr) < 0)
+    // Most containers describe their audio in the header (linear PCM completely, compressed formats but for the
+    // channel order that the codec's configuration gives); only the others are worth decoding the start of.
+    const auto described = [](const AVStream* stream) {
+        const AVCodecParameters* parameters = stream->codecpar;
+        return parameters->codec_type != AVMEDIA_TYPE_AUDIO
+            || (parameters->codec_id != AV_CODEC_ID_NONE && parameters->sample_rate > 0
+                && parameters->ch_layout.nb_channels > 0
+                && (parameters->ch_layout.order != AV_CHANNEL_ORDER_UNSPEC
+                    || av_get_exact_bits_per_sample(parameters->codec_id) > 0));
+    };
+    if (!std::all_of(context->streams, context->streams + context->nb_streams, described)
+        && avformat_find_stream_info(context, nullptr) < 0)
         return kAudioFileInvalidFileError;
     streamIndex = av_find_best_stream(context, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
     if (streamIndex < 0)
