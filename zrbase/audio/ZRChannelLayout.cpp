@@ -35,3 +35,11 @@ size_t ZRChannelLayout::layoutSize() const noexcept
 }
 
 std::string ZRChannelLayout::description() const { return ZRStringWithFormat("layout size = %d", layoutSize()); }
+
+std::unique_ptr<ZRChannelLayout> ZRChannelLayout::layoutForCoreAudioFile(AudioFileID file)
+{
+    ZRData layout;
+    if (ZRAudioFileService::channelLayout(file, layout) != noErr || layout.empty())
+        return nullptr;
+    return layoutWithData(layout);
+}

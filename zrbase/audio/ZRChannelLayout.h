@@ -1,5 +1,6 @@
 #pragma once
 
+#include <zrbase/host/audio/ZRAudioFileService.h>
 #include <zrbase/host/audio/ZRCoreAudioTypes.h>
 #include <zrbase/host/foundation/ZRExport.h>
 
@@ -16,6 +17,9 @@ public:
     // A copy of a layout given as bytes; null when the bytes are too few for the header or for the channel
     // descriptions the header counts.
     static std::unique_ptr<ZRChannelLayout> layoutWithData(std::span<const uint8_t> data);
+    // The channel layout of an open audio file (its WAVE channel mask, CAF 'chan' chunk or MPEG-4 channel
+    // configuration); null when the file says nothing about one.
+    static std::unique_ptr<ZRChannelLayout> layoutForCoreAudioFile(AudioFileID file);
     ZRChannelLayout(const ZRChannelLayout&) = delete;
     ZRChannelLayout& operator=(const ZRChannelLayout&) = delete;
 

@@ -187,7 +187,8 @@ OSStatus OpaqueAudioConverter::openCodecs()
             return kAudioConverterErr_FormatNotSupported;
         context->sample_rate = int(output.mSampleRate);
         av_channel_layout_default(&context->ch_layout, int(channels));
-        context->bit_rate = bitRate;
+        if (bitRate > 0)
+            context->bit_rate = bitRate;
         context->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
         // Float planar where the encoder takes it, otherwise the widest integer it takes.
         AVSampleFormat chosen = AV_SAMPLE_FMT_NONE;
@@ -412,6 +413,7 @@ OSStatus OpaqueAudioConverter::drain()
 OSStatus ZRAudioConverterService::create(const AudioStreamBasicDescription& source,
     const AudioStreamBasicDescription& destination, AudioConverterRef& converter)
 {
+    ZRQuietFFmpeg();
     if (!(source.mSampleRate > 0 && source.mSampleRate <= 4e6))
         return kAudioConverterErr_InputSampleRateOutOfRange;
     if (!(destination.mSampleRate >= 0 && destination.mSampleRate <= 4e6))

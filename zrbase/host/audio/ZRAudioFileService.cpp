@@ -13,7 +13,6 @@ extern "C" {
 #include <climits>
 #include <cstring>
 #include <fcntl.h>
-#include <mutex>
 #include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -51,12 +50,6 @@ constexpr std::array<std::pair<std::string_view, std::string_view>, 7> infoKeys 
     { "comments", "comment" },
     { "composer", "composer" },
 } };
-
-void quietLibraries()
-{
-    static std::once_flag once;
-    std::call_once(once, [] { av_log_set_level(AV_LOG_FATAL); });
-}
 
 OSStatus statusForErrno(int code) noexcept
 {
@@ -206,7 +199,18 @@ OSStatus OpaqueAudioFileID::openInput()
                                                                       : statusForAVError(result);
     }
     input = std::unique_ptr<AVFormatContext, FormatContextClose>(context);
-    if (avformat_find_stream_info(context, nullptr) < 0)
+    // Most containers describe their audio in the header (linear PCM completely, compressed formats but for the
+    // channel order that the codec's configuration gives); only the others are worth decoding the start of.
+    const auto described = [](const AVStream* stream) {
+        const AVCodecParameters* parameters = stream->codecpar;
+        return parameters->codec_type != AVMEDIA_TYPE_AUDIO
+            || (parameters->codec_id != AV_CODEC_ID_NONE && parameters->sample_rate > 0
+                && parameters->ch_layout.nb_channels > 0
+                && (parameters->ch_layout.order != AV_CHANNEL_ORDER_UNSPEC
+                    || av_get_exact_bits_per_sample(parameters->codec_id) > 0));
+    };
+    if (!std::all_of(context->streams, context->streams + context->nb_streams, described)
+        && avformat_find_stream_info(context, nullptr) < 0)
         return kAudioFileInvalidFileError;
     streamIndex = av_find_best_stream(context, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
     if (streamIndex < 0)
@@ -320,7 +324,7 @@ OSStatus OpaqueAudioFileID::readDemuxed(int64_t start, uint32_t& ioNumPackets, u
 
 OSStatus ZRAudioFileService::open(const std::string& path, AudioFileID& file)
 {
-    quietLibraries();
+    ZRQuietFFmpeg();
     struct stat info { };
     if (::stat(path.c_str(), &info) != 0)
         return statusForErrno(errno);
@@ -368,11 +372,14 @@ OSStatus ZRAudioFileService::open(const std::string& path, AudioFileID& file)
         opened->packetCount = std::min(declared, inFile);
         opened->totalFrames = int64_t(opened->packetCount * opened->format.mFramesPerPacket);
         opened->maximumPacketSize = opened->format.mBytesPerPacket;
-        opened->input.reset();
+        // The demuxer stays open for the tags and the channel layout; the packets come from the file itself.
         opened->pending.reset();
     } else {
         if (const OSStatus status = opened->scanPackets(); status != noErr)
             return status;
+        // Containers without packet durations (CAF) hold whole packets.
+        if (opened->totalFrames == 0)
+            opened->totalFrames = int64_t(opened->packetCount * opened->format.mFramesPerPacket);
         if (const OSStatus status = opened->openInput(); status != noErr)
             return status;
         ::close(opened->descriptor);
@@ -385,16 +392,21 @@ OSStatus ZRAudioFileService::open(const std::string& path, AudioFileID& file)
 OSStatus ZRAudioFileService::create(const std::string& folder, const std::string& name, AudioFileTypeID type,
     const AudioStreamBasicDescription& format, AudioFileID& file)
 {
-    quietLibraries();
+    ZRQuietFFmpeg();
     const auto container = std::find_if(writableContainers.begin(), writableContainers.end(),
         [&](const Container& candidate) { return candidate.type == type; });
     if (container == writableContainers.end())
         return kAudioFileUnsupportedFileTypeError;
     const AVCodecID codec = ZRCodecIDForDescription(format);
     const AVOutputFormat* muxer = av_guess_format(container->muxer, nullptr, nullptr);
-    if (codec == AV_CODEC_ID_NONE || !muxer || avformat_query_codec(muxer, codec, FF_COMPLIANCE_NORMAL) != 1
+    // Raw MPEG audio's writer answers the question for pictures only; its own codec it takes.
+    if (codec == AV_CODEC_ID_NONE || !muxer
+        || (avformat_query_codec(muxer, codec, FF_COMPLIANCE_NORMAL) != 1 && muxer->audio_codec != codec)
         || (format.mFormatFlags & kAudioFormatFlagIsNonInterleaved) || format.mChannelsPerFrame == 0
         || format.mSampleRate < 1 || format.mSampleRate > INT_MAX)
+        return kAudioFileUnsupportedDataFormatError;
+    // FFmpeg's CAF writer takes no AAC.
+    if (type == kAudioFileCAFType && codec == AV_CODEC_ID_AAC)
         return kAudioFileUnsupportedDataFormatError;
     if (type == kAudioFileAIFFType && format.mFormatID == kAudioFormatLinearPCM
         && !(format.mFormatFlags & kAudioFormatFlagIsBigEndian) && format.mBitsPerChannel > 8)
@@ -451,9 +463,15 @@ OSStatus OpaqueAudioFileID::writeHeader()
     }
     av_dict_free(&output->metadata);
     output->metadata = metadata;
-    AVCodecParameters& parameters = *output->streams[0]->codecpar;
-    parameters.initial_padding = int(priming);
-    if (const int result = avformat_write_header(output, nullptr); result < 0)
+    const AVCodecParameters& parameters = *output->streams[0]->codecpar;
+    // MPEG-4 movies count in milliseconds unless told otherwise, which would round the edit list that keeps the
+    // encoder's padding: they count in frames here.
+    AVDictionary* options = nullptr;
+    if (type == kAudioFileM4AType || type == kAudioFileMPEG4Type)
+        av_dict_set_int(&options, "movie_timescale", parameters.sample_rate, 0);
+    const int result = avformat_write_header(output, &options);
+    av_dict_free(&options);
+    if (result < 0)
         return result == AVERROR(EINVAL) ? kAudioFileUnsupportedDataFormatError : statusForAVError(result);
     headerWritten = true;
     return noErr;
@@ -542,9 +560,19 @@ OSStatus ZRAudioFileService::writePackets(AudioFileID file, int64_t startPacket,
         if (!packet || av_new_packet(packet.get(), int(size)) < 0)
             return kAudioFileUnspecifiedError;
         std::memcpy(packet->data, static_cast<const uint8_t*>(buffer) + offset, size);
-        packet->pts = packet->dts = timestamp(file->nextTimestamp - int64_t(file->priming));
+        // MPEG-4 learns the delay from timestamps that start before zero; MP3 from the header's encoder tag.
+        const bool shifted = file->type == kAudioFileM4AType || file->type == kAudioFileMPEG4Type;
+        packet->pts = packet->dts = timestamp(file->nextTimestamp - (shifted ? int64_t(file->priming) : 0));
         packet->duration = timestamp(file->nextTimestamp + frames) - timestamp(file->nextTimestamp);
         file->nextTimestamp += frames;
+        // The MP3 writer takes the delay for its encoder tag from the first packet's frames to skip.
+        if (file->packetCount == 0 && file->priming > 0 && file->type == kAudioFileMP3Type) {
+            if (uint8_t* side = av_packet_new_side_data(packet.get(), AV_PKT_DATA_SKIP_SAMPLES, 10)) {
+                std::memset(side, 0, 10);
+                for (int shift = 0; shift < 4; ++shift)
+                    side[shift] = uint8_t(file->priming >> (8 * shift));
+            }
+        }
         if (const OSStatus status = file->writeHeld(false); status != noErr)
             return status;
         file->held = std::move(packet);
@@ -583,6 +611,28 @@ OSStatus ZRAudioFileService::maximumPacketSize(AudioFileID file, uint32_t& size)
     if (!file)
         return kAudioFileInvalidFileError;
     size = file->maximumPacketSize;
+    return noErr;
+}
+
+OSStatus ZRAudioFileService::packetToFrame(AudioFileID file, AudioFramePacketTranslation& translation)
+{
+    if (!file)
+        return kAudioFileInvalidFileError;
+    if (file->format.mFramesPerPacket == 0 || translation.mPacket < 0)
+        return kAudioFileUnsupportedPropertyError;
+    translation.mFrame = translation.mPacket * file->format.mFramesPerPacket;
+    translation.mFrameOffsetInPacket = 0;
+    return noErr;
+}
+
+OSStatus ZRAudioFileService::frameToPacket(AudioFileID file, AudioFramePacketTranslation& translation)
+{
+    if (!file)
+        return kAudioFileInvalidFileError;
+    if (file->format.mFramesPerPacket == 0 || translation.mFrame < 0)
+        return kAudioFileUnsupportedPropertyError;
+    translation.mPacket = translation.mFrame / file->format.mFramesPerPacket;
+    translation.mFrameOffsetInPacket = uint32_t(translation.mFrame % file->format.mFramesPerPacket);
     return noErr;
 }
 

@@ -17,6 +17,13 @@ struct AudioFilePacketTableInfo {
     int32_t mRemainderFrames;
 };
 
+// A frame and the packet that holds it ('pkfr', 'frpk').
+struct AudioFramePacketTranslation {
+    int64_t mFrame;
+    int64_t mPacket;
+    uint32_t mFrameOffsetInPacket;
+};
+
 // An open audio file of the audio file service.
 struct OpaqueAudioFileID;
 using AudioFileID = OpaqueAudioFileID*;
@@ -94,6 +101,10 @@ public:
     // 'pcnt' and 'psze'.
     static OSStatus packetCount(AudioFileID file, uint64_t& count);
     static OSStatus maximumPacketSize(AudioFileID file, uint32_t& size);
+    // 'pkfr': the first frame of mPacket; 'frpk': the packet holding mFrame and the frame's offset in it. Only for
+    // formats with a fixed number of frames per packet (kAudioFileUnsupportedPropertyError otherwise).
+    static OSStatus packetToFrame(AudioFileID file, AudioFramePacketTranslation& translation);
+    static OSStatus frameToPacket(AudioFileID file, AudioFramePacketTranslation& translation);
     // 'mgic': the codec's configuration in the container's layout ('esds' for AAC, the 'alac' atom for Apple
     // Lossless); none for formats without one. Setting it on a created file precedes the first write.
     static OSStatus magicCookie(AudioFileID file, ZRData& cookie);

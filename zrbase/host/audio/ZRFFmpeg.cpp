@@ -1,7 +1,12 @@
 #include <zrbase/host/audio/ZRFFmpegPrivate.h>
 
+extern "C" {
+#include <libavutil/log.h>
+}
+
 #include <algorithm>
 #include <array>
+#include <mutex>
 
 namespace {
 
@@ -252,4 +257,10 @@ ZRData ZRExtradataForMagicCookie(AVCodecID codec, std::span<const uint8_t> cooki
     if (info.empty() && cookie.size() > 4)
         info = decoderSpecificInfo(cookie.subspan(4));
     return ZRData(info.begin(), info.end());
+}
+
+void ZRQuietFFmpeg()
+{
+    static std::once_flag once;
+    std::call_once(once, [] { av_log_set_level(AV_LOG_FATAL); });
 }

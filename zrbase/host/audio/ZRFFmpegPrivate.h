@@ -34,6 +34,9 @@ bool ZRDescriptionForCodecParameters(const AVCodecParameters& parameters, AudioS
 ZRData ZRMagicCookieForExtradata(AVCodecID codec, std::span<const uint8_t> extradata);
 ZRData ZRExtradataForMagicCookie(AVCodecID codec, std::span<const uint8_t> cookie);
 
+// Keeps FFmpeg's own log to fatal messages, once per process: failures reach callers as statuses.
+void ZRQuietFFmpeg();
+
 // Owners of FFmpeg objects.
 struct ZRAVPacketFree {
     void operator()(AVPacket* packet) const noexcept { av_packet_free(&packet); }
