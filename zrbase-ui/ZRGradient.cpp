@@ -165,7 +165,9 @@ void ZRGradient::_fill(QPainter& painter, const QRectF& bounds, const QPainterPa
         painter.setClipPath(*path, Qt::IntersectClip);
     else
         painter.setClipRect(bounds, Qt::IntersectClip);
-    if (!(axisSquared > 0) || !(devicePixelsPerUnit > 0)) {
+    // A shape without width or height along the axis, or without finite bounds, takes the first colour.
+    if (!(axisSquared > 0 && std::isfinite(axisSquared)) || !(devicePixelsPerUnit > 0)
+        || !std::isfinite(devicePixelsPerUnit)) {
         painter.fillRect(bounds, colorForPosition(0));
         painter.restore();
         return;
