@@ -25,7 +25,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     } else if (size >= 1) {
         ZRValueMap map;
         std::vector<ZRPoint> points((size - 1) / sizeof(ZRPoint));
-        std::memcpy(points.data(), data + 1, points.size() * sizeof(ZRPoint));
+        if (!points.empty())
+            std::memcpy(points.data(), data + 1, points.size() * sizeof(ZRPoint));
         map.setType(data[0] % 5);
         map.setControlPoints(points);
         maps.push_back(map);

@@ -68,6 +68,10 @@ TEST(ZRAutomationEntry, stateRoundTripsAndReadsTheOlderCurveForm)
     EXPECT_EQ(older.controlType(), ZRValueMapSegmented);
     EXPECT_EQ(older.valueMap().controlPoints(), (std::vector<ZRPoint> { { 0, 0.2f }, { 0.4f, 0.6f }, { 1, 0.8f } }));
     EXPECT_EQ(older.controlPointRects().size(), 3u);
+    // The stored kind is one above the kind, whatever number is stored.
+    ZRAutomationEntry lowest(ZRDictionary { { "ControlType", INT32_MIN }, { "ControlPoints", ZRArray {} } });
+    EXPECT_EQ(lowest.valueMap().type(), 0x7FFFFFFFu);
+    EXPECT_EQ(lowest.valueMap().numberOfControlPoints(), 2u);
 
     // The older form is ignored beside a value map, and the curve is left alone without either.
     ZRDictionary both = entry.state();

@@ -216,7 +216,7 @@ void ZRAutomationEntry::setState(const ZRDictionary& state)
             const auto* value = ZRDictionaryObject(state, key);
             return value ? *value : ZRPropertyList(0);
         };
-        _valueMap.setType(static_cast<uint32_t>(number("ControlType").intValue() - 1));
+        _valueMap.setType(static_cast<uint32_t>(number("ControlType").intValue()) - 1);
         std::vector<ZRPoint> curve { { 0, number("StartValue").floatValue() } };
         if (const auto* strings = points->array())
             for (const auto& text : *strings)
