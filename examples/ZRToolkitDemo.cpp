@@ -6,6 +6,7 @@
 #include <zrbase-ui/ZRValueMapEditor.h>
 #include <zrbase-ui/ZRValueMapExtension.h>
 #include <zrbase-ui/ZRValueMapPanel.h>
+#include <zrbase/core/ZRError.h>
 #include <zrbase/file/ZRFile.h>
 #include <zrbase/host/foundation/ZRBundle.h>
 
