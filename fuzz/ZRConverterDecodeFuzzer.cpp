@@ -56,7 +56,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         return 0;
     const size_t cookieSize = std::min<size_t>(data[1] | (data[2] << 8), size - 3);
     ZRAudioConverterService::setDecompressionMagicCookie(converter, ZRData(data + 3, data + 3 + cookieSize));
-    Packets packets { data + 3 + cookieSize, size - 3 - cookieSize };
+    Packets packets { data + 3 + cookieSize, size - 3 - cookieSize, 0, {}, {} };
     constexpr uint32_t frames = 2048;
     std::vector<float> left(frames), right(frames);
     std::array<uint8_t, ZRAudioBufferListSize(2)> listBytes {};
