@@ -88,7 +88,6 @@ void* operator new(size_t size)
     throw std::bad_alloc();
 }
 
-
 BENCHMARK(BM_ValueMap_outputValueForInputValue)
     ->ArgName("kind")
     ->DenseRange(ZRValueMapSegmented, ZRValueMapCubic)

@@ -1,7 +1,7 @@
-#include <zrbase/audio/ZRAudioStreamDescription.h>
-#include <zrbase/core/ZRError.h>
 #include "support/ZRRecordingAlertPresenter.h"
 #include "support/ZRTestAudioUnit.h"
+#include <zrbase/audio/ZRAudioStreamDescription.h>
+#include <zrbase/core/ZRError.h>
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include <zrbase/audio/ZRCircularAudioBuffer.h>
 
-#include <zrbase/core/ZRError.h>
 #include "support/ZRTestAudioBuffers.h"
+#include <zrbase/core/ZRError.h>
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 #include <zrbase/audio/ZRNativeAudioBuffer.h>
 
-#include <zrbase/core/ZRError.h>
-#include <zrbase/file/ZRFile.h>
 #include "support/ZRTestAudioBuffers.h"
 #include "support/ZRTestFiles.h"
+#include <zrbase/core/ZRError.h>
+#include <zrbase/file/ZRFile.h>
 
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+#include "support/ZRRecordingAlertPresenter.h"
 #include <zrbase/core/ZRAudioBufferError.h>
 #include <zrbase/core/ZRAudioStreamDescriptionError.h>
 #include <zrbase/core/ZRCircularAudioBufferError.h>
@@ -10,7 +11,6 @@
 #include <zrbase/core/ZRSecurityError.h>
 #include <zrbase/host/foundation/ZRBundle.h>
 #include <zrbase/host/foundation/ZRLocalizedString.h>
-#include "support/ZRRecordingAlertPresenter.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-#include <zrbase/core/ZRLog.h>
 #include "support/ZRTestFiles.h"
+#include <zrbase/core/ZRLog.h>
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 #include <zrbase/core/ZRUUID.h>
 
+#include "support/ZRTestFiles.h"
 #include <zrbase/file/ZRFile.h>
 #include <zrbase/host/foundation/ZRCoder.h>
-#include "support/ZRTestFiles.h"
 
 #include <gtest/gtest.h>
 

@@ -3,8 +3,8 @@
 #include <zrbase/dsp/ZRDCFilter.h>
 #include <zrbase/dsp/ZRLowpassFilter.h>
 
-#include <zrbase/core/ZRCRC.h>
 #include "support/ZRTestAudioBuffers.h"
+#include <zrbase/core/ZRCRC.h>
 
 #include <gtest/gtest.h>
 
