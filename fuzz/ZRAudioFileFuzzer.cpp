@@ -1,6 +1,5 @@
 #include <zrbase/host/audio/ZRAudioFileService.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -30,10 +29,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     ZRAudioFileService::magicCookie(file, bytes);
     ZRAudioFileService::channelLayout(file, bytes);
     constexpr uint32_t run = 16;
-    // The largest packet is the file's own claim, as untrusted as the rest of it: a careful caller bounds its
-    // buffer, and reads then deliver the packets that fit.
-    constexpr size_t bufferLimit = size_t(16) << 20;
-    std::vector<uint8_t> buffer(std::min(size_t(run) * maximum + 1, bufferLimit));
+    // The largest packet is one the file holds, so the buffer is bounded by the input's size.
+    if (maximum > size)
+        std::abort();
+    std::vector<uint8_t> buffer(size_t(run) * maximum + 1);
     std::vector<AudioStreamPacketDescription> descriptions(run);
     uint64_t read = 0;
     for (int64_t start = 0; uint64_t(start) < packets; start += run) {

@@ -230,6 +230,18 @@ TEST(ZRCoreAudioFile, BadInputGivesTheServiceErrorNeverACrash)
     ASSERT_TRUE(cut->readNumberOfPackets(&count));
     EXPECT_EQ(count, 0U);
 
+    // A header claiming megabytes per packet over a few bytes of data holds no packet, and says its largest is 0,
+    // so that nobody sizes a buffer by the claim (the CAF description's bytes per packet sit at bytes 36 to 39).
+    ASSERT_TRUE(ZRTestRun("ffmpeg -v error -f lavfi -i sine=d=0.01 -c:a pcm_s16be '" + folder + "/short.caf'"));
+    std::string caf = ZRTestContentsOfFile(folder + "/short.caf");
+    ASSERT_EQ(caf.substr(8, 4), "desc");
+    caf.replace(36, 4, std::string("\x00\x32\x35\x36", 4));
+    writeBytes(folder + "/claims.caf", caf);
+    auto claims = ZRCoreAudioFile::fileWithPath(folder + "/claims.caf");
+    ASSERT_TRUE(claims);
+    EXPECT_EQ(claims->numberOfPackets(), 0U);
+    EXPECT_EQ(claims->maximumPacketSize(), 0U);
+
     // A compressed file cut short reads the packets before the cut.
     ASSERT_TRUE(ZRTestRun("ffmpeg -v error -f lavfi -i sine=d=2 -c:a libmp3lame '" + folder + "/whole.mp3'"));
     const std::string mp3 = ZRTestContentsOfFile(folder + "/whole.mp3");

@@ -371,7 +371,9 @@ OSStatus ZRAudioFileService::open(const std::string& path, AudioFileID& file)
         }
         opened->packetCount = std::min(declared, inFile);
         opened->totalFrames = int64_t(opened->packetCount * opened->format.mFramesPerPacket);
-        opened->maximumPacketSize = opened->format.mBytesPerPacket;
+        // The largest packet the file holds: none when not one whole packet is there, so that a header claiming
+        // gigabytes per packet over a few bytes of data never makes a reader size its buffers by the claim.
+        opened->maximumPacketSize = opened->packetCount > 0 ? opened->format.mBytesPerPacket : 0;
         // The demuxer stays open for the tags and the channel layout; the packets come from the file itself.
         opened->pending.reset();
     } else {
