@@ -18,8 +18,6 @@ std::unique_ptr<AudioSource> AudioSource::open(const std::string& path, const So
 bool readAll(AudioSource& source, ProgressBar* progress,
     const std::function<void(const ZRNativeAudioBuffer& block)>& consume, ZRErrorPtr* error)
 {
-    // 64 Ki frames: large enough that per-block costs vanish, small enough to stay in the cache's reach.
-    constexpr uint32_t blockFrames = 65536;
     std::unique_ptr<ZRNativeAudioBuffer> block
         = ZRNativeAudioBuffer::bufferWithChannels(source.channels(), blockFrames, error);
     if (!block)

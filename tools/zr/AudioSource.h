@@ -42,6 +42,10 @@ public:
         const std::string& path, const SourceFormat& format, ZRErrorPtr* error = nullptr);
 };
 
+// The frames of the blocks inputs are read in: large enough that per-block costs vanish, small enough to stay in
+// the cache's reach.
+constexpr uint32_t blockFrames = 65536;
+
 // Reads the whole input in blocks and hands each to `consume`, counting the frames on the progress bar.
 bool readAll(AudioSource& source, ProgressBar* progress,
     const std::function<void(const ZRNativeAudioBuffer& block)>& consume, ZRErrorPtr* error = nullptr);
