@@ -3,6 +3,7 @@
 #include "LoudnessMeter.h"
 #include "SpectrumAccumulator.h"
 #include "ToolError.h"
+#include "TruePeakMeter.h"
 
 #include <zrbase/audio/ZRNativeAudioBuffer.h>
 #include <zrbase/dsp/ZRAWeightedFilter.h>
@@ -36,7 +37,9 @@ std::unique_ptr<Analyzer> Analyzer::analyzerWithFormat(
     analyzer->_spectrum
         = SpectrumAccumulator::accumulatorWithResolution(spectrumResolution, ZRFFTBuffer::WindowHann, sampleRate);
     analyzer->_weighted = ZRNativeAudioBuffer::bufferWithChannels(channels, 1, error);
-    if (!analyzer->_loudness || !analyzer->_spectrum || !analyzer->_weighted) {
+    analyzer->_backgroundBlock = ZRNativeAudioBuffer::bufferWithChannels(channels, 1, error);
+    analyzer->_truePeak = std::make_unique<TruePeakMeter>(channels);
+    if (!analyzer->_loudness || !analyzer->_spectrum || !analyzer->_weighted || !analyzer->_backgroundBlock) {
         if (error && !*error)
             *error = toolError("Analysing audio", "the loudness meter or the spectrum could not be set up");
         return nullptr;
@@ -62,8 +65,8 @@ Analyzer::Analyzer(double sampleRate, uint32_t channels, bool basic)
 
 Analyzer::~Analyzer()
 {
-    if (_loudnessWork.valid())
-        _loudnessWork.wait();
+    if (_background.valid())
+        _background.wait();
 }
 
 void Analyzer::process(const ZRNativeAudioBuffer& block)
@@ -95,9 +98,8 @@ void Analyzer::process(const ZRNativeAudioBuffer& block)
     _frames += frames;
     if (_basic)
         return;
-    _processLoudness(block);
+    _startBackground(block);
     _processWeighting(block);
-    _spectrum->process(block);
 }
 
 void Analyzer::_processWeighting(const ZRNativeAudioBuffer& block)
@@ -119,21 +121,28 @@ void Analyzer::_processWeighting(const ZRNativeAudioBuffer& block)
     }
 }
 
-void Analyzer::_processLoudness(const ZRNativeAudioBuffer& block)
+void Analyzer::_startBackground(const ZRNativeAudioBuffer& block)
 {
-    // The meter's buffer is free once its work on the previous block is done.
-    if (_loudnessWork.valid())
-        _loudnessWork.wait();
-    std::vector<float>& interleaved = _interleaved;
+    // The background's copy of the block is free once its work on the previous block is done.
+    if (_background.valid())
+        _background.wait();
     const uint32_t frames = block.frames();
-    interleaved.resize(size_t(frames) * _channels);
-    for (uint32_t c = 0; c < _channels; ++c) {
-        const float* samples = block.channel(c);
-        for (uint32_t i = 0; i < frames; ++i)
-            interleaved[size_t(i) * _channels + c] = samples[i];
-    }
-    _loudnessWork
-        = std::async(std::launch::async, [this, &interleaved, frames] { _loudness->add(interleaved.data(), frames); });
+    if (_backgroundBlock->frames() != frames)
+        _backgroundBlock->setFrames(frames);
+    for (uint32_t c = 0; c < _channels; ++c)
+        std::copy_n(block.channel(c), frames, _backgroundBlock->channel(c));
+    _background = std::async(std::launch::async, [this, frames] {
+        const ZRNativeAudioBuffer& copy = *_backgroundBlock;
+        _interleaved.resize(size_t(frames) * _channels);
+        for (uint32_t c = 0; c < _channels; ++c) {
+            const float* samples = copy.channel(c);
+            for (uint32_t i = 0; i < frames; ++i)
+                _interleaved[size_t(i) * _channels + c] = samples[i];
+        }
+        _loudness->add(_interleaved.data(), frames);
+        _truePeak->process(copy);
+        _spectrum->process(copy);
+    });
 }
 
 AnalysisResult Analyzer::finish()
@@ -144,8 +153,8 @@ AnalysisResult Analyzer::finish()
     result.frames = _frames;
     result.basic = _basic;
     if (!_basic) {
-        if (_loudnessWork.valid())
-            _loudnessWork.wait();
+        if (_background.valid())
+            _background.wait();
         _loudness->finish();
         result.integratedLufs = _loudness->integratedLufs();
         result.loudnessRangeLu = _loudness->loudnessRangeLu();
@@ -171,7 +180,7 @@ AnalysisResult Analyzer::finish()
         statistics.maximum = sums.maximum;
         statistics.clippedSamples = sums.clipped;
         if (!_basic) {
-            statistics.truePeak = std::max(_loudness->truePeak(c), double(sums.peak));
+            statistics.truePeak = double(std::max(_truePeak->truePeak(c), sums.peak));
             statistics.aWeightedRms = std::sqrt(sums.weightedSquares[0] / count);
             statistics.bWeightedRms = std::sqrt(sums.weightedSquares[1] / count);
             statistics.cWeightedRms = std::sqrt(sums.weightedSquares[2] / count);
