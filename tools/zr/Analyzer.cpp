@@ -1,6 +1,7 @@
 #include "Analyzer.h"
 
 #include "LoudnessMeter.h"
+#include "SampleRun.h"
 #include "SpectrumAccumulator.h"
 #include "ToolError.h"
 #include "TruePeakMeter.h"
@@ -73,27 +74,16 @@ void Analyzer::process(const ZRNativeAudioBuffer& block)
 {
     const uint32_t frames = block.frames();
     for (uint32_t c = 0; c < _channels; ++c) {
-        const float* samples = block.channel(c);
+        SampleRun run;
+        run.add(block.channel(c), frames);
         Sums& sums = _sums[c];
-        double sum = 0.0, squares = 0.0;
-        float peak = sums.peak, minimum = sums.minimum, maximum = sums.maximum;
-        uint64_t clipped = 0;
-        for (uint32_t i = 0; i < frames; ++i) {
-            const float x = samples[i];
-            sum += x;
-            squares += double(x) * x;
-            minimum = std::min(minimum, x);
-            maximum = std::max(maximum, x);
-            clipped += std::fabs(x) >= 1.0f;
-        }
+        sums.sum += run.sum;
+        sums.squares += run.squares;
+        sums.minimum = std::min(sums.minimum, run.minimum);
+        sums.maximum = std::max(sums.maximum, run.maximum);
         if (frames > 0)
-            peak = std::max({ peak, maximum, -minimum });
-        sums.sum += sum;
-        sums.squares += squares;
-        sums.peak = peak;
-        sums.minimum = minimum;
-        sums.maximum = maximum;
-        sums.clipped += clipped;
+            sums.peak = std::max({ sums.peak, run.maximum, -run.minimum });
+        sums.clipped += run.clipped;
     }
     _frames += frames;
     if (_basic)

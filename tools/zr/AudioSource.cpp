@@ -1,5 +1,6 @@
 #include "AudioSource.h"
 
+#include "BlockPrefetcher.h"
 #include "FileAudioSource.h"
 #include "ProgressBar.h"
 #include "RawAudioSource.h"
@@ -18,20 +19,18 @@ std::unique_ptr<AudioSource> AudioSource::open(const std::string& path, const So
 bool readAll(AudioSource& source, ProgressBar* progress,
     const std::function<void(const ZRNativeAudioBuffer& block)>& consume, ZRErrorPtr* error)
 {
-    std::unique_ptr<ZRNativeAudioBuffer> block
-        = ZRNativeAudioBuffer::bufferWithChannels(source.channels(), blockFrames, error);
-    if (!block)
+    std::unique_ptr<BlockPrefetcher> blocks = BlockPrefetcher::prefetcherWithSource(source, error);
+    if (!blocks)
         return false;
-    for (;;) {
-        const std::optional<uint32_t> frames = source.read(*block, error);
-        if (!frames)
-            return false;
-        if (*frames == 0)
-            return true;
+    ZRErrorPtr failure;
+    while (const ZRNativeAudioBuffer* block = blocks->next(&failure)) {
         consume(*block);
         if (progress)
-            progress->add(*frames);
+            progress->add(block->frames());
     }
+    if (error && failure)
+        *error = failure;
+    return !failure;
 }
 
 }
