@@ -1,5 +1,6 @@
 #include "Analyzer.h"
 #include "AudioFileSink.h"
+#include "BlockPrefetcher.h"
 #include "Commands.h"
 #include "FileAudioSource.h"
 #include "FileJobs.h"
@@ -84,20 +85,19 @@ namespace {
 
     // Blocks of the input through the signal chain, one at a time, for the rate converter that pulls them.
     struct ProcessedInput {
-        AudioSource& source;
+        BlockPrefetcher& blocks;
         SignalChain& chain;
         ProgressBar& progress;
-        ZRNativeAudioBuffer& block;
         ZRErrorPtr error;
 
         // The next processed block; null at the end or on a failure (with the error).
         const ZRNativeAudioBuffer* next()
         {
-            const std::optional<uint32_t> frames = source.read(block, &error);
-            if (!frames || *frames == 0)
+            const ZRNativeAudioBuffer* block = blocks.next(&error);
+            if (!block)
                 return nullptr;
-            progress.add(*frames);
-            return &chain.process(block);
+            progress.add(block->frames());
+            return &chain.process(*block);
         }
 
         static OSStatus pull(
@@ -117,7 +117,7 @@ namespace {
         ProcessedInput& input, ZRConverter& converter, uint32_t channels, AudioFileSink& sink, ZRErrorPtr* error)
     {
         std::unique_ptr<ZRNativeAudioBuffer> output
-            = ZRNativeAudioBuffer::bufferWithChannels(channels, input.block.frames(), error);
+            = ZRNativeAudioBuffer::bufferWithChannels(channels, blockFrames, error);
         if (!output)
             return false;
         const uint32_t room = output->frames();
@@ -257,11 +257,10 @@ namespace {
                 ZRAudioStreamDescription(rate, channels), &outcome.error);
         bool written = sink && (converter || rate == source->sampleRate());
         if (written && converter) {
-            std::unique_ptr<ZRNativeAudioBuffer> block
-                = ZRNativeAudioBuffer::bufferWithChannels(source->channels(), blockFrames, &outcome.error);
-            written = block != nullptr;
+            std::unique_ptr<BlockPrefetcher> blocks = BlockPrefetcher::prefetcherWithSource(*source, &outcome.error);
+            written = blocks != nullptr;
             if (written) {
-                ProcessedInput input { *source, *chain, progress, *block, nullptr };
+                ProcessedInput input { *blocks, *chain, progress, nullptr };
                 written = resampleInto(input, *converter, channels, *sink, &outcome.error);
             }
         } else if (written) {
