@@ -74,10 +74,18 @@ static FileOutcome runWaveform(const WaveformOptions& options, ProgressBar& prog
         data.erase(std::unique(data.begin(), data.end()), data.end());
         pictures = data;
     }
-    std::vector<WaveformResolution> all = data;
-    for (const WaveformResolution& resolution : pictures)
-        if (std::find(all.begin(), all.end(), resolution) == all.end())
-            all.push_back(resolution);
+    // Only the resolutions some output needs are computed.
+    const bool anyPicture = std::any_of(options.outputs.begin(), options.outputs.end(),
+        [&](const std::string& output) { return outputType(output, options.type) == "png"; });
+    const bool anyData = std::any_of(options.outputs.begin(), options.outputs.end(),
+        [&](const std::string& output) { return outputType(output, options.type) != "png"; });
+    std::vector<WaveformResolution> all;
+    if (anyData)
+        all = data;
+    if (anyPicture)
+        for (const WaveformResolution& resolution : pictures)
+            if (std::find(all.begin(), all.end(), resolution) == all.end())
+                all.push_back(resolution);
 
     WaveformBuilder builder(source->channels(), all, frames);
     if (!readAll(
