@@ -102,11 +102,9 @@ void Analyzer::_processWeighting(const ZRNativeAudioBuffer& block)
             std::copy_n(block.channel(c), frames, _weighted->channel(c));
         _weightings[w]->filter(*_weighted);
         for (uint32_t c = 0; c < _channels; ++c) {
-            const float* samples = _weighted->channel(c);
-            double squares = 0.0;
-            for (uint32_t i = 0; i < frames; ++i)
-                squares += double(samples[i]) * samples[i];
-            _sums[c].weightedSquares[w] += squares;
+            SampleRun run;
+            run.add(_weighted->channel(c), frames);
+            _sums[c].weightedSquares[w] += run.squares;
         }
     }
 }
