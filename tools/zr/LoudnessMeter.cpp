@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace zr {
 
@@ -37,13 +38,20 @@ LoudnessMeter::~LoudnessMeter() = default;
 void LoudnessMeter::add(const float* interleaved, uint32_t frames)
 {
     while (frames > 0) {
+        // Whole steps go to the meter straight from the caller's frames.
+        if (_pendingFrames == 0 && frames >= _stepFrames) {
+            _step(interleaved, _stepFrames);
+            interleaved += size_t(_stepFrames) * _channels;
+            frames -= _stepFrames;
+            continue;
+        }
         const uint32_t count = std::min(frames, _stepFrames - _pendingFrames);
         std::copy_n(interleaved, size_t(count) * _channels, _pending.data() + size_t(_pendingFrames) * _channels);
         _pendingFrames += count;
         interleaved += size_t(count) * _channels;
         frames -= count;
         if (_pendingFrames == _stepFrames)
-            _step();
+            _step(_pending.data(), std::exchange(_pendingFrames, 0));
     }
 }
 
@@ -54,13 +62,11 @@ static double energyOfLoudness(double lufs)
     return std::isfinite(lufs) ? std::pow(10.0, (lufs + 0.691) / 10.0) : 0.0;
 }
 
-void LoudnessMeter::_step()
+void LoudnessMeter::_step(const float* interleaved, uint32_t frames)
 {
-    ebur128_add_frames_float(_state->meter, _pending.data(), _pendingFrames);
-    _frames += _pendingFrames;
+    ebur128_add_frames_float(_state->meter, interleaved, frames);
     double lufs = -HUGE_VAL;
-    ebur128_loudness_window(_state->meter, uint32_t(std::lround(_pendingFrames * 1000.0 / _sampleRate)), &lufs);
-    _pendingFrames = 0;
+    ebur128_loudness_window(_state->meter, uint32_t(std::lround(frames * 1000.0 / _sampleRate)), &lufs);
     // Older steps leave the sums as newer ones enter; the sums are taken afresh every so often so that rounding
     // never builds up.
     const double energy = energyOfLoudness(lufs);
@@ -86,7 +92,7 @@ void LoudnessMeter::_step()
 void LoudnessMeter::finish()
 {
     if (_pendingFrames > 0)
-        _step();
+        _step(_pending.data(), std::exchange(_pendingFrames, 0));
 }
 
 double LoudnessMeter::integratedLufs() const

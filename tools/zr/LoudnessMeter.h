@@ -32,7 +32,8 @@ public:
 private:
     struct State;
     LoudnessMeter(std::unique_ptr<State> state, double sampleRate, uint32_t channels);
-    void _step();
+    // Measures one 100 ms step (the last one may be shorter).
+    void _step(const float* interleaved, uint32_t frames);
 
     std::unique_ptr<State> _state;
     double _sampleRate;
@@ -41,7 +42,6 @@ private:
     std::vector<float> _pending;
     uint32_t _pendingFrames = 0;
     uint32_t _stepFrames;
-    uint64_t _frames = 0;
     // The energies of the last 30 steps, the newest at _steps % 30, and their running sums over 4 and 30 steps.
     double _energies[30] = {};
     uint64_t _steps = 0;
