@@ -13,7 +13,8 @@ using namespace zr;
 
 namespace {
 
-// Blocks whose samples are their number, shorter than a full block, and then an end or a failure.
+// Blocks whose samples are their number, shorter than a full block, and then an end or a failure; a block's number
+// is its first frame over blockFrames when a reader seeks.
 class CountingSource final : public AudioSource {
 public:
     CountingSource(uint32_t blocks, bool fails)
@@ -25,6 +26,15 @@ public:
     double sampleRate() const noexcept override { return 8000.0; }
     uint32_t channels() const noexcept override { return 2; }
     std::optional<uint64_t> frames() const noexcept override { return std::nullopt; }
+    std::unique_ptr<AudioSource> parallelReader() const override
+    {
+        return std::make_unique<CountingSource>(_blocks, _fails);
+    }
+    bool seek(uint64_t frame, ZRErrorPtr*) override
+    {
+        _read = uint32_t(std::min<uint64_t>(frame / blockFrames, _blocks));
+        return true;
+    }
     std::optional<uint32_t> read(ZRNativeAudioBuffer& block, ZRErrorPtr* error) override
     {
         if (_read == _blocks) {
@@ -51,12 +61,12 @@ private:
 
 }
 
-TEST(ZRToolBlockPrefetcher, handsOutEveryBlockInOrderThenTheEndOrTheFailure)
+TEST(ZRToolBlockPrefetcher, handsOutEveryBlockInOrderThenTheEndOrTheFailureFromOneOrSeveralThreads)
 {
-    for (const bool fails : { false, true }) {
-        SCOPED_TRACE(fails);
+    for (const auto& [threads, fails] : { std::pair { 1u, false }, { 1u, true }, { 2u, false }, { 3u, true } }) {
+        SCOPED_TRACE(testing::Message() << threads << " threads, failing " << fails);
         CountingSource source(7, fails);
-        auto blocks = BlockPrefetcher::prefetcherWithSource(source);
+        auto blocks = BlockPrefetcher::prefetcherWithSource(source, threads);
         ASSERT_TRUE(blocks);
         ZRErrorPtr error;
         uint32_t count = 0;

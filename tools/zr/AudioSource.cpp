@@ -4,6 +4,7 @@
 #include "FileAudioSource.h"
 #include "ProgressBar.h"
 #include "RawAudioSource.h"
+#include "ToolError.h"
 
 #include <zrbase/audio/ZRNativeAudioBuffer.h>
 
@@ -16,10 +17,17 @@ std::unique_ptr<AudioSource> AudioSource::open(const std::string& path, const So
     return FileAudioSource::open(path, error);
 }
 
-bool readAll(AudioSource& source, ProgressBar* progress,
-    const std::function<void(const ZRNativeAudioBuffer& block)>& consume, ZRErrorPtr* error)
+bool AudioSource::seek(uint64_t, ZRErrorPtr* error)
 {
-    std::unique_ptr<BlockPrefetcher> blocks = BlockPrefetcher::prefetcherWithSource(source, error);
+    if (error)
+        *error = toolError("Reading from an audio file", "the input cannot move to another place");
+    return false;
+}
+
+bool readAll(AudioSource& source, ProgressBar* progress,
+    const std::function<void(const ZRNativeAudioBuffer& block)>& consume, ZRErrorPtr* error, uint32_t threads)
+{
+    std::unique_ptr<BlockPrefetcher> blocks = BlockPrefetcher::prefetcherWithSource(source, threads, error);
     if (!blocks)
         return false;
     ZRErrorPtr failure;

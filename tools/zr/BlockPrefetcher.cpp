@@ -6,21 +6,28 @@
 
 namespace zr {
 
-std::unique_ptr<BlockPrefetcher> BlockPrefetcher::prefetcherWithSource(AudioSource& source, ZRErrorPtr* error)
+std::unique_ptr<BlockPrefetcher> BlockPrefetcher::prefetcherWithSource(
+    AudioSource& source, uint32_t threads, ZRErrorPtr* error)
 {
-    std::unique_ptr<BlockPrefetcher> prefetcher(new BlockPrefetcher(source));
-    for (auto& block : prefetcher->_blocks) {
-        block = ZRNativeAudioBuffer::bufferWithChannels(source.channels(), blockFrames, error);
-        if (!block)
+    std::unique_ptr<BlockPrefetcher> prefetcher(new BlockPrefetcher);
+    prefetcher->_sources.push_back(&source);
+    for (uint32_t thread = 1; thread < threads; ++thread) {
+        std::unique_ptr<AudioSource> reader = source.parallelReader();
+        if (!reader)
+            break;
+        prefetcher->_sources.push_back(reader.get());
+        prefetcher->_ownSources.push_back(std::move(reader));
+    }
+    const size_t slots = 2 * prefetcher->_sources.size();
+    prefetcher->_filled.assign(slots, 0);
+    for (size_t slot = 0; slot < slots; ++slot) {
+        prefetcher->_blocks.push_back(ZRNativeAudioBuffer::bufferWithChannels(source.channels(), blockFrames, error));
+        if (!prefetcher->_blocks.back())
             return nullptr;
     }
-    prefetcher->_reader = std::thread([reader = prefetcher.get()] { reader->_run(); });
+    for (uint32_t thread = 0; thread < prefetcher->_sources.size(); ++thread)
+        prefetcher->_threads.emplace_back([reader = prefetcher.get(), thread] { reader->_run(thread); });
     return prefetcher;
-}
-
-BlockPrefetcher::BlockPrefetcher(AudioSource& source)
-    : _source(source)
-{
 }
 
 BlockPrefetcher::~BlockPrefetcher()
@@ -30,34 +37,37 @@ BlockPrefetcher::~BlockPrefetcher()
         _stopping = true;
     }
     _changed.notify_all();
-    if (_reader.joinable())
-        _reader.join();
+    for (std::thread& thread : _threads)
+        thread.join();
 }
 
-void BlockPrefetcher::_run()
+void BlockPrefetcher::_run(uint32_t thread)
 {
-    for (;;) {
-        uint64_t number = 0;
+    AudioSource& source = *_sources[thread];
+    const size_t threads = _sources.size(), slots = _blocks.size();
+    for (uint64_t number = thread;; number += threads) {
         {
-            // A block is free once the caller has given back the one read two blocks before it.
+            // A block is free once the caller has given back the one that used it before.
             std::unique_lock lock(_lock);
-            _changed.wait(lock, [&] { return _stopping || _read - _released < 2; });
-            if (_stopping)
+            _changed.wait(lock, [&] { return _stopping || number >= _end || number - _released < slots; });
+            if (_stopping || number >= _end)
                 return;
-            number = _read;
         }
-        ZRNativeAudioBuffer& block = *_blocks[number % 2];
+        ZRNativeAudioBuffer& block = *_blocks[number % slots];
         block.setFrames(blockFrames);
         ZRErrorPtr error;
-        const std::optional<uint32_t> frames = _source.read(block, &error);
+        std::optional<uint32_t> frames;
+        // A reader of every n-th block skips the others.
+        if (threads == 1 || source.seek(number * blockFrames, &error))
+            frames = source.read(block, &error);
         const bool end = !frames || *frames == 0;
         {
             std::lock_guard lock(_lock);
-            if (end) {
-                _ended = true;
+            if (!end)
+                _filled[number % slots] = number + 1;
+            else if (number < _end) {
+                _end = number;
                 _error = error;
-            } else {
-                _read += 1;
             }
         }
         _changed.notify_all();
@@ -71,13 +81,15 @@ const ZRNativeAudioBuffer* BlockPrefetcher::next(ZRErrorPtr* error)
     std::unique_lock lock(_lock);
     _released = _taken;
     _changed.notify_all();
-    _changed.wait(lock, [&] { return _read > _taken || _ended; });
-    if (_read == _taken) {
+    const size_t slot = _taken % _blocks.size();
+    _changed.wait(lock, [&] { return _taken >= _end || _filled[slot] == _taken + 1; });
+    if (_taken >= _end) {
         if (error && _error)
             *error = _error;
         return nullptr;
     }
-    return _blocks[_taken++ % 2].get();
+    ++_taken;
+    return _blocks[slot].get();
 }
 
 }

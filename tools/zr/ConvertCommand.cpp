@@ -257,7 +257,7 @@ namespace {
                 ZRAudioStreamDescription(rate, channels), &outcome.error);
         bool written = sink && (converter || rate == source->sampleRate());
         if (written && converter) {
-            std::unique_ptr<BlockPrefetcher> blocks = BlockPrefetcher::prefetcherWithSource(*source, &outcome.error);
+            std::unique_ptr<BlockPrefetcher> blocks = BlockPrefetcher::prefetcherWithSource(*source, 1, &outcome.error);
             written = blocks != nullptr;
             if (written) {
                 ProcessedInput input { *blocks, *chain, progress, nullptr };

@@ -7,6 +7,7 @@
 #include <zrbase/codec/ZRExtCoreAudioFile.h>
 #include <zrbase/core/ZRCoreAudioFileError.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
@@ -100,6 +101,22 @@ uint64_t FileAudioSource::byteSize() const noexcept
 {
     struct stat status { };
     return ::stat(_location.c_str(), &status) == 0 && S_ISREG(status.st_mode) ? uint64_t(status.st_size) : 0;
+}
+
+std::unique_ptr<AudioSource> FileAudioSource::parallelReader() const
+{
+    if (_format.format() != kAudioFormatLinearPCM)
+        return nullptr;
+    std::unique_ptr<ZRExtCoreAudioFile> file = ZRExtCoreAudioFile::openForReadingWithPath(_location);
+    if (!file)
+        return nullptr;
+    return std::unique_ptr<AudioSource>(new FileAudioSource(_path, _location, std::move(file)));
+}
+
+bool FileAudioSource::seek(uint64_t frame, ZRErrorPtr* error)
+{
+    // Past the end the next read finds the end.
+    return _file->seekToFrame(int64_t(std::min(frame, _frames.value_or(frame))), error);
 }
 
 std::optional<uint32_t> FileAudioSource::read(ZRNativeAudioBuffer& block, ZRErrorPtr* error)

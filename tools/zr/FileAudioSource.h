@@ -21,6 +21,9 @@ public:
     uint32_t channels() const noexcept override { return _format.channels(); }
     std::optional<uint64_t> frames() const noexcept override { return _frames; }
     std::optional<uint32_t> read(ZRNativeAudioBuffer& block, ZRErrorPtr* error = nullptr) override;
+    // Linear PCM only: its frames lie at known places in the file.
+    std::unique_ptr<AudioSource> parallelReader() const override;
+    bool seek(uint64_t frame, ZRErrorPtr* error = nullptr) override;
 
     // The file's own data format.
     const ZRAudioStreamDescription& fileFormat() const noexcept { return _format; }

@@ -87,9 +87,10 @@ static FileOutcome runWaveform(const WaveformOptions& options, ProgressBar& prog
             if (std::find(all.begin(), all.end(), resolution) == all.end())
                 all.push_back(resolution);
 
+    // The overviews cost far less than reading: two threads read.
     WaveformBuilder builder(source->channels(), all, frames);
     if (!readAll(
-            *source, &progress, [&](const ZRNativeAudioBuffer& block) { builder.process(block); }, &outcome.error))
+            *source, &progress, [&](const ZRNativeAudioBuffer& block) { builder.process(block); }, &outcome.error, 2))
         return outcome;
     const std::vector<WaveformLevel> levels = builder.finish();
     const uint64_t length = progress.done();
