@@ -124,14 +124,14 @@ namespace {
         converter.setCallback(ProcessedInput::pull, &input);
         for (;;) {
             output->setFrames(room);
-            const uint32_t frames = converter.convertToNativeBufferUsingCallback(*output, error);
-            if (input.error) {
+            ZRErrorPtr failure;
+            const uint32_t frames = converter.convertToNativeBufferUsingCallback(*output, &failure);
+            // The reader's failure says more than the converter's that it caused.
+            if (input.error || failure) {
                 if (error)
-                    *error = input.error;
+                    *error = input.error ? input.error : failure;
                 return false;
             }
-            if (error && *error)
-                return false;
             if (frames == 0)
                 return true;
             output->setFrames(frames);
