@@ -45,8 +45,19 @@ namespace {
 
 }
 
-void SampleRun::add(const float* samples, uint32_t count) noexcept
+// The loop is built for AVX2 and for the baseline, picked at load time. target_clones exists for x86 only, and a
+// ThreadSanitizer build cannot run the resolver that picks the build.
+#if defined(__x86_64__) && !defined(__SANITIZE_THREAD__)
+#define ZR_SAMPLE_RUN_CLONES [[gnu::target_clones("avx2", "default")]]
+#else
+#define ZR_SAMPLE_RUN_CLONES
+#endif
+
+ZR_SAMPLE_RUN_CLONES static void zrAddSampleRun(const float* samples, uint32_t count, SampleRun& run) noexcept
 {
+    float minimum = run.minimum, maximum = run.maximum;
+    double sum = run.sum, squares = run.squares;
+    uint64_t clipped = run.clipped;
     uint32_t i = 0;
     // The lanes' counts stay far from overflowing in runs of this length.
     constexpr uint32_t longestRun = 1u << 24;
@@ -73,6 +84,9 @@ void SampleRun::add(const float* samples, uint32_t count) noexcept
         squares += double(x) * x;
         clipped += std::fabs(x) >= 1.0f;
     }
+    run = { minimum, maximum, sum, squares, clipped };
 }
+
+void SampleRun::add(const float* samples, uint32_t count) noexcept { zrAddSampleRun(samples, count, *this); }
 
 }

@@ -14,7 +14,7 @@ struct SampleRun {
     double squares = 0.0;
     uint64_t clipped = 0;
 
-    // Adds `count` samples, eight at a time in vectors.
+    // Adds `count` samples, eight at a time in vectors (AVX2 where the processor has it).
     void add(const float* samples, uint32_t count) noexcept;
 };
 
