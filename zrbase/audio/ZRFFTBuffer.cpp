@@ -1,6 +1,6 @@
 #include <zrbase/audio/ZRFFTBuffer.h>
 
-#include <zrbase/audio/ZRFloatVectorPrivate.h>
+#include <zrbase/host/audio/ZRFloatVectorPrivate.h>
 #include <zrbase/audio/ZRNativeAudioBuffer.h>
 #include <zrbase/host/audio/ZRRealFFT.h>
 

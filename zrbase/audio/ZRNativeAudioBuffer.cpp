@@ -1,6 +1,6 @@
 #include <zrbase/audio/ZRNativeAudioBuffer.h>
 
-#include <zrbase/audio/ZRFloatVectorPrivate.h>
+#include <zrbase/host/audio/ZRFloatVectorPrivate.h>
 #include <zrbase/core/ZRError.h>
 
 #include <algorithm>

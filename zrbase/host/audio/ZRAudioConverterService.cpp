@@ -10,6 +10,7 @@ extern "C" {
 #include <soxr.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
 #include <deque>
@@ -130,6 +131,13 @@ struct OpaqueAudioConverter {
     bool inputEnded = false;
     bool drained = false;
     std::vector<uint8_t> inputListBlock;
+    // While a conversion fills the caller's linear PCM buffers, the frames from `targetFrame` to `targetEnd` of
+    // `target` are still to be filled: audio at the output's rate goes there as it is read or decoded, while nothing
+    // waits in the queue before it. `run` carries it when the caller's samples are not native floats.
+    AudioBufferList* target = nullptr;
+    uint32_t targetFrame = 0;
+    uint32_t targetEnd = 0;
+    std::array<float, 256> run {};
 
     bool resampling() const noexcept { return input.mSampleRate != output.mSampleRate; }
     FloatQueue& outputQueue() noexcept { return resampling() ? resampled : decoded; }
@@ -138,7 +146,12 @@ struct OpaqueAudioConverter {
     OSStatus makeResampler();
     OSStatus decodePacket(const uint8_t* data, uint32_t size);
     OSStatus takeDecodedFrames();
+    // Takes `frames` frames, which `toFloat` reads for each channel from `source(channel)` on, `stride` bytes apart.
+    template <typename Source> void receive(ZRSamplesToFloat toFloat, size_t stride, size_t frames, Source source);
+    // The caller's floats of a channel at `targetFrame`, where they are native floats; null otherwise.
+    float* targetFloats(uint32_t channel) const noexcept;
     void readPCM(const AudioBufferList& list, uint32_t frames);
+    void store(AudioBufferList& list, uint32_t offset, uint32_t channel, const float* samples, uint32_t frames);
     void writePCM(AudioBufferList& list, uint32_t offset, uint32_t frames);
     OSStatus resample(bool flush);
     OSStatus encodeQueued(bool flush);
@@ -212,27 +225,62 @@ OSStatus OpaqueAudioConverter::openCodecs()
     return noErr;
 }
 
+template <typename Source>
+void OpaqueAudioConverter::receive(ZRSamplesToFloat toFloat, size_t stride, size_t frames, Source source)
+{
+    const size_t direct
+        = target && !resampling() && decoded.frames() == 0 ? std::min<size_t>(frames, targetEnd - targetFrame) : 0;
+    for (uint32_t channel = 0; channel < channels; ++channel) {
+        const uint8_t* from = source(channel);
+        if (float* to = direct > 0 ? targetFloats(channel) : nullptr) {
+            toFloat(from, stride, to, direct);
+        } else {
+            for (size_t done = 0; done < direct; done += run.size()) {
+                const size_t count = std::min(run.size(), direct - done);
+                toFloat(from + done * stride, stride, run.data(), count);
+                store(*target, uint32_t(targetFrame + done), channel, run.data(), uint32_t(count));
+            }
+        }
+        toFloat(from + direct * stride, stride, decoded.append(channel, frames - direct), frames - direct);
+    }
+    targetFrame += uint32_t(direct);
+}
+
+float* OpaqueAudioConverter::targetFloats(uint32_t channel) const noexcept
+{
+    const bool nonInterleaved = output.mFormatFlags & kAudioFormatFlagIsNonInterleaved;
+    const ZRSampleFormat native = ZRNativeSampleFormat(4, true, true);
+    if (!outputSample.isFloat || outputSample.bytes != native.bytes || outputSample.isBigEndian != native.isBigEndian
+        || (!nonInterleaved && channels > 1))
+        return nullptr;
+    void* data = static_cast<uint8_t*>(target->mBuffers[nonInterleaved ? channel : 0].mData)
+        + size_t(targetFrame) * sizeof(float);
+    return reinterpret_cast<uintptr_t>(data) % alignof(float) == 0 ? static_cast<float*>(data) : nullptr;
+}
+
 void OpaqueAudioConverter::readPCM(const AudioBufferList& list, uint32_t frames)
 {
     const bool nonInterleaved = input.mFormatFlags & kAudioFormatFlagIsNonInterleaved;
-    for (uint32_t channel = 0; channel < channels; ++channel) {
-        const uint32_t buffer = nonInterleaved ? channel : 0;
-        const auto* data = static_cast<const uint8_t*>(list.mBuffers[buffer].mData);
-        const size_t offset = nonInterleaved ? 0 : size_t(channel) * inputSample.bytes;
-        read(data + offset, input.mBytesPerFrame, decoded.append(channel, frames), frames);
-    }
+    receive(read, input.mBytesPerFrame, frames, [&](uint32_t channel) {
+        const auto* data = static_cast<const uint8_t*>(list.mBuffers[nonInterleaved ? channel : 0].mData);
+        return data + (nonInterleaved ? 0 : size_t(channel) * inputSample.bytes);
+    });
+}
+
+void OpaqueAudioConverter::store(
+    AudioBufferList& list, uint32_t offset, uint32_t channel, const float* samples, uint32_t frames)
+{
+    const bool nonInterleaved = output.mFormatFlags & kAudioFormatFlagIsNonInterleaved;
+    auto* data = static_cast<uint8_t*>(list.mBuffers[nonInterleaved ? channel : 0].mData)
+        + size_t(offset) * output.mBytesPerFrame;
+    write(samples, data + (nonInterleaved ? 0 : size_t(channel) * outputSample.bytes), output.mBytesPerFrame, frames);
 }
 
 void OpaqueAudioConverter::writePCM(AudioBufferList& list, uint32_t offset, uint32_t frames)
 {
     FloatQueue& queue = outputQueue();
-    const bool nonInterleaved = output.mFormatFlags & kAudioFormatFlagIsNonInterleaved;
-    for (uint32_t channel = 0; channel < channels; ++channel) {
-        const uint32_t buffer = nonInterleaved ? channel : 0;
-        auto* data = static_cast<uint8_t*>(list.mBuffers[buffer].mData) + size_t(offset) * output.mBytesPerFrame;
-        const size_t at = nonInterleaved ? 0 : size_t(channel) * outputSample.bytes;
-        write(queue.channel(channel), data + at, output.mBytesPerFrame, frames);
-    }
+    for (uint32_t channel = 0; channel < channels; ++channel)
+        store(list, offset, channel, queue.channel(channel), frames);
     queue.consume(frames);
 }
 
@@ -251,12 +299,10 @@ OSStatus OpaqueAudioConverter::takeDecodedFrames()
             return kAudioConverterErr_FormatNotSupported;
         }
         const bool planar = av_sample_fmt_is_planar(AVSampleFormat(frame->format));
-        const size_t frames = size_t(frame->nb_samples);
-        for (uint32_t channel = 0; channel < channels; ++channel) {
-            const uint8_t* data
-                = planar ? frame->extended_data[channel] : frame->extended_data[0] + channel * sample.bytes;
-            toFloat(data, planar ? sample.bytes : sample.bytes * channels, decoded.append(channel, frames), frames);
-        }
+        receive(toFloat, planar ? sample.bytes : sample.bytes * channels, size_t(frame->nb_samples),
+            [&](uint32_t channel) {
+                return planar ? frame->extended_data[channel] : frame->extended_data[0] + channel * sample.bytes;
+            });
         av_frame_unref(frame.get());
     }
 }
@@ -567,7 +613,12 @@ OSStatus ZRAudioConverterService::fillComplexBuffer(AudioConverterRef converter,
             produced += take;
             if (produced == wanted || c.drained)
                 break;
+            c.target = output;
+            c.targetFrame = produced;
+            c.targetEnd = wanted;
             status = c.inputEnded ? c.drain() : c.pullInput(proc, userData, wanted - produced);
+            produced = c.targetFrame;
+            c.target = nullptr;
         }
         for (uint32_t i = 0; i < buffers; ++i)
             output->mBuffers[i].mDataByteSize = produced * c.output.mBytesPerFrame;
