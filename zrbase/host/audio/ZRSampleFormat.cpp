@@ -61,7 +61,6 @@ void copySamples(void* destination, const void* source, size_t count) noexcept
 }
 
 using ZRInt16x8 = int16_t __attribute__((vector_size(16)));
-using ZRInt16x16 = int16_t __attribute__((vector_size(32)));
 
 // Native signed 16-bit samples, the commonest in files, eight at a time where they lie side by side (mono, or a
 // planar channel) or every other one (a channel of stereo); other strides and the last few go one by one.
@@ -73,15 +72,16 @@ ZR_VECTOR_CLONES void convertInt16Samples(const uint8_t* source, size_t stride, 
         for (; i + ZRLanes <= count; i += ZRLanes) {
             ZRInt16x8 samples;
             std::memcpy(&samples, source + 2 * i, sizeof samples);
-            ZRStore(destination + i, __builtin_convertvector(samples, ZRFloat8) * scale);
+            const ZRInt8 wide = __builtin_convertvector(samples, ZRInt8);
+            ZRStore(destination + i, __builtin_convertvector(wide, ZRFloat8) * scale);
         }
     } else if (stride == 4) {
-        // A load of eight frames reaches two bytes past the eighth sample, which a later frame must hold.
+        // Each sample is the low half of a 32-bit word; shifted to the top it is the sample times 2^16, exactly.
+        // The load of eight words reaches two bytes past the eighth sample, which a later frame must hold.
         for (; i + ZRLanes < count; i += ZRLanes) {
-            ZRInt16x16 pairs;
-            std::memcpy(&pairs, source + 4 * i, sizeof pairs);
-            const ZRInt16x8 samples = __builtin_shufflevector(pairs, pairs, 0, 2, 4, 6, 8, 10, 12, 14);
-            ZRStore(destination + i, __builtin_convertvector(samples, ZRFloat8) * scale);
+            ZRInt8 words;
+            std::memcpy(&words, source + 4 * i, sizeof words);
+            ZRStore(destination + i, __builtin_convertvector(words << 16, ZRFloat8) * (scale / 65536.0f));
         }
     }
     for (; i < count; ++i) {
