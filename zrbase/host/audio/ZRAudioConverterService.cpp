@@ -95,6 +95,10 @@ ZRSampleFormat sampleFormatOf(AVSampleFormat format) noexcept
     }
 }
 
+struct BufferUnref {
+    void operator()(AVBufferRef* buffer) const noexcept { av_buffer_unref(&buffer); }
+};
+
 struct SoxrDelete {
     void operator()(soxr_t soxr) const noexcept { soxr_delete(soxr); }
 };
@@ -118,6 +122,8 @@ struct OpaqueAudioConverter {
     ZRAVCodecContext encoder;
     ZRData decoderCookie;
     ZRAVPacket packet { av_packet_alloc() };
+    // The bytes of the packet being decoded, kept for the next one once the decoder has let go of them.
+    std::unique_ptr<AVBufferRef, BufferUnref> packetBytes;
     ZRAVFrame frame { av_frame_alloc() };
 
     // Float audio at the input's rate, and at the output's rate when the two differ.
@@ -311,9 +317,16 @@ OSStatus OpaqueAudioConverter::decodePacket(const uint8_t* data, uint32_t size)
 {
     av_packet_unref(packet.get());
     if (data) {
-        if (av_new_packet(packet.get(), int(size)) < 0)
+        const size_t needed = size_t(size) + AV_INPUT_BUFFER_PADDING_SIZE;
+        const size_t capacity = packetBytes ? size_t(packetBytes->size) : 0;
+        if (capacity < needed || !av_buffer_is_writable(packetBytes.get()))
+            packetBytes.reset(av_buffer_alloc(std::max(needed, capacity < needed ? 2 * capacity : capacity)));
+        if (!packetBytes || !(packet->buf = av_buffer_ref(packetBytes.get())))
             return kAudioConverterErr_UnspecifiedError;
-        std::memcpy(packet->data, data, size);
+        std::memcpy(packet->buf->data, data, size);
+        std::memset(packet->buf->data + size, 0, AV_INPUT_BUFFER_PADDING_SIZE);
+        packet->data = packet->buf->data;
+        packet->size = int(size);
     }
     int result = avcodec_send_packet(decoder.get(), data ? packet.get() : nullptr);
     if (result == AVERROR(EAGAIN)) {
