@@ -95,6 +95,26 @@ ZRSampleFormat sampleFormatOf(AVSampleFormat format) noexcept
     }
 }
 
+// The channels of a list of linear PCM buffers at frame `frame`, where they are native floats in a buffer each (or the
+// one buffer of mono) and aligned as floats; false otherwise.
+template <typename Sample>
+bool nativeFloatChannels(const AudioBufferList& list, const AudioStreamBasicDescription& format,
+    const ZRSampleFormat& sample, size_t frame, Sample** channels) noexcept
+{
+    const ZRSampleFormat native = ZRNativeSampleFormat(4, true, true);
+    const bool nonInterleaved = format.mFormatFlags & kAudioFormatFlagIsNonInterleaved;
+    if (!sample.isFloat || sample.bytes != native.bytes || sample.isBigEndian != native.isBigEndian
+        || (!nonInterleaved && format.mChannelsPerFrame > 1) || list.mNumberBuffers < format.mChannelsPerFrame)
+        return false;
+    for (uint32_t channel = 0; channel < format.mChannelsPerFrame; ++channel) {
+        auto* data = static_cast<uint8_t*>(list.mBuffers[channel].mData) + frame * sizeof(float);
+        if (!list.mBuffers[channel].mData || reinterpret_cast<uintptr_t>(data) % alignof(float) != 0)
+            return false;
+        channels[channel] = reinterpret_cast<Sample*>(data);
+    }
+    return true;
+}
+
 struct BufferUnref {
     void operator()(AVBufferRef* buffer) const noexcept { av_buffer_unref(&buffer); }
 };
@@ -138,12 +158,15 @@ struct OpaqueAudioConverter {
     bool drained = false;
     std::vector<uint8_t> inputListBlock;
     // While a conversion fills the caller's linear PCM buffers, the frames from `targetFrame` to `targetEnd` of
-    // `target` are still to be filled: audio at the output's rate goes there as it is read or decoded, while nothing
-    // waits in the queue before it. `run` carries it when the caller's samples are not native floats.
+    // `target` are still to be filled: audio at the output's rate goes there as it is read, decoded or resampled,
+    // while nothing waits in the queue before it. `run` carries it when the caller's samples are not native floats;
+    // `targetFloats` points into them when they are, `sourceFloats` into the caller's input.
     AudioBufferList* target = nullptr;
     uint32_t targetFrame = 0;
     uint32_t targetEnd = 0;
     std::array<float, 256> run {};
+    std::vector<float*> targetFloats;
+    std::vector<const float*> sourceFloats;
 
     bool resampling() const noexcept { return input.mSampleRate != output.mSampleRate; }
     FloatQueue& outputQueue() noexcept { return resampling() ? resampled : decoded; }
@@ -154,12 +177,14 @@ struct OpaqueAudioConverter {
     OSStatus takeDecodedFrames();
     // Takes `frames` frames, which `toFloat` reads for each channel from `source(channel)` on, `stride` bytes apart.
     template <typename Source> void receive(ZRSamplesToFloat toFloat, size_t stride, size_t frames, Source source);
-    // The caller's floats of a channel at `targetFrame`, where they are native floats; null otherwise.
-    float* targetFloats(uint32_t channel) const noexcept;
+    // Whether the caller's buffers have room and take native floats, which `targetFloats` then points at.
+    bool targetTakesFloats() noexcept;
     void readPCM(const AudioBufferList& list, uint32_t frames);
     void store(AudioBufferList& list, uint32_t offset, uint32_t channel, const float* samples, uint32_t frames);
     void writePCM(AudioBufferList& list, uint32_t offset, uint32_t frames);
-    OSStatus resample(bool flush);
+    // Resamples what waits in `decoded`, or the caller's floats of every channel from `source` on while nothing
+    // waits.
+    OSStatus resample(bool flush, const float* const* source = nullptr, size_t sourceFrames = 0);
     OSStatus encodeQueued(bool flush);
     OSStatus pullInput(AudioConverterComplexInputDataProc proc, void* userData, uint32_t wanted);
     OSStatus drain();
@@ -236,10 +261,11 @@ void OpaqueAudioConverter::receive(ZRSamplesToFloat toFloat, size_t stride, size
 {
     const size_t direct
         = target && !resampling() && decoded.frames() == 0 ? std::min<size_t>(frames, targetEnd - targetFrame) : 0;
+    const bool floats = direct > 0 && targetTakesFloats();
     for (uint32_t channel = 0; channel < channels; ++channel) {
         const uint8_t* from = source(channel);
-        if (float* to = direct > 0 ? targetFloats(channel) : nullptr) {
-            toFloat(from, stride, to, direct);
+        if (floats) {
+            toFloat(from, stride, targetFloats[channel], direct);
         } else {
             for (size_t done = 0; done < direct; done += run.size()) {
                 const size_t count = std::min(run.size(), direct - done);
@@ -252,16 +278,10 @@ void OpaqueAudioConverter::receive(ZRSamplesToFloat toFloat, size_t stride, size
     targetFrame += uint32_t(direct);
 }
 
-float* OpaqueAudioConverter::targetFloats(uint32_t channel) const noexcept
+bool OpaqueAudioConverter::targetTakesFloats() noexcept
 {
-    const bool nonInterleaved = output.mFormatFlags & kAudioFormatFlagIsNonInterleaved;
-    const ZRSampleFormat native = ZRNativeSampleFormat(4, true, true);
-    if (!outputSample.isFloat || outputSample.bytes != native.bytes || outputSample.isBigEndian != native.isBigEndian
-        || (!nonInterleaved && channels > 1))
-        return nullptr;
-    void* data = static_cast<uint8_t*>(target->mBuffers[nonInterleaved ? channel : 0].mData)
-        + size_t(targetFrame) * sizeof(float);
-    return reinterpret_cast<uintptr_t>(data) % alignof(float) == 0 ? static_cast<float*>(data) : nullptr;
+    return target && targetFrame < targetEnd
+        && nativeFloatChannels(*target, output, outputSample, targetFrame, targetFloats.data());
 }
 
 void OpaqueAudioConverter::readPCM(const AudioBufferList& list, uint32_t frames)
@@ -340,30 +360,40 @@ OSStatus OpaqueAudioConverter::decodePacket(const uint8_t* data, uint32_t size)
     return takeDecodedFrames();
 }
 
-OSStatus OpaqueAudioConverter::resample(bool flush)
+OSStatus OpaqueAudioConverter::resample(bool flush, const float* const* source, size_t sourceFrames)
 {
     if (!resampling())
         return noErr;
+    size_t taken = 0;
     while (true) {
-        const size_t available = decoded.frames();
+        const size_t available = source ? sourceFrames - taken : decoded.frames();
         // With the input used up, soxr is told of the end (no input) until it has nothing more to give.
         const bool ending = flush && available == 0;
         if (available == 0 && !ending)
             return noErr;
         for (uint32_t channel = 0; channel < channels; ++channel)
-            soxrInput[channel] = decoded.channel(channel);
-        const size_t room = size_t(double(available) * output.mSampleRate / input.mSampleRate) + 1024;
+            soxrInput[channel] = source ? source[channel] + taken : decoded.channel(channel);
+        // Into the caller's buffers while nothing waits in the queue, otherwise onto the queue.
+        const bool direct = resampled.frames() == 0 && targetTakesFloats();
+        const size_t room = direct ? targetEnd - targetFrame
+                                   : size_t(double(available) * output.mSampleRate / input.mSampleRate) + 1024;
         for (uint32_t channel = 0; channel < channels; ++channel)
-            soxrOutput[channel] = resampled.append(channel, room);
+            soxrOutput[channel] = direct ? targetFloats[channel] : resampled.append(channel, room);
         size_t used = 0;
         size_t made = 0;
         const soxr_error_t error = soxr_process(
             soxr.get(), ending ? nullptr : soxrInput.data(), available, &used, soxrOutput.data(), room, &made);
-        for (uint32_t channel = 0; channel < channels; ++channel)
-            resampled.dropLast(channel, room - made);
+        if (direct)
+            targetFrame += uint32_t(made);
+        else
+            for (uint32_t channel = 0; channel < channels; ++channel)
+                resampled.dropLast(channel, room - made);
         if (error)
             return kAudioConverterErr_UnspecifiedError;
-        decoded.consume(used);
+        if (source)
+            taken += used;
+        else
+            decoded.consume(used);
         if (ending && made == 0)
             return noErr;
     }
@@ -436,7 +466,14 @@ OSStatus OpaqueAudioConverter::pullInput(AudioConverterComplexInputDataProc proc
         for (uint32_t i = 0; i < buffers; ++i)
             count
                 = list->mBuffers[i].mData ? std::min(count, list->mBuffers[i].mDataByteSize / input.mBytesPerFrame) : 0;
-        readPCM(*list, count);
+        // Native floats to be resampled go to soxr as they stand.
+        if (resampling() && decoded.frames() == 0
+            && nativeFloatChannels(*list, input, inputSample, 0, sourceFloats.data())) {
+            if (const OSStatus status = resample(false, sourceFloats.data(), count); status != noErr)
+                return status;
+        } else {
+            readPCM(*list, count);
+        }
     } else {
         if (!descriptions && input.mBytesPerPacket == 0)
             return kAudioConverterErr_RequiresPacketDescriptionsError;
@@ -526,6 +563,8 @@ OSStatus ZRAudioConverterService::create(const AudioStreamBasicDescription& sour
     made->resampled.setChannels(made->channels);
     made->soxrInput.resize(made->channels);
     made->soxrOutput.resize(made->channels);
+    made->targetFloats.resize(made->channels);
+    made->sourceFloats.resize(made->channels);
     if (!made->packet || !made->frame)
         return kAudioConverterErr_UnspecifiedError;
     if (const OSStatus status = made->makeResampler(); status != noErr)
