@@ -40,18 +40,20 @@ struct PacketSource {
     }
 };
 
-// Hands out one block of native float, then the end.
+// Hands out a block of native float in runs of at most `run` frames, then the end.
 struct BlockSource {
     const ZRNativeAudioBuffer* block;
-    bool given = false;
+    uint32_t run = UINT32_MAX;
+    uint32_t at = 0;
     static OSStatus supply(
         AudioConverterRef, uint32_t* packets, AudioBufferList* data, AudioStreamPacketDescription**, void* user)
     {
         auto& self = *static_cast<BlockSource*>(user);
-        *packets = self.given ? 0 : self.block->frames();
-        for (uint32_t i = 0; i < self.block->channels() && !self.given; ++i)
-            data->mBuffers[i] = { 1, self.block->length(), self.block->channel(i) };
-        self.given = true;
+        const uint32_t count = std::min({ *packets, self.run, self.block->frames() - self.at });
+        for (uint32_t i = 0; i < self.block->channels(); ++i)
+            data->mBuffers[i] = { 1, count * 4, self.block->channel(i) + self.at };
+        self.at += count;
+        *packets = count;
         return noErr;
     }
 };
@@ -137,6 +139,43 @@ TEST(ZRConverter, ChangesTheRateWithoutChangingTheSignal)
         actual.push_back(output->sampleValueAtIndex(i));
     }
     EXPECT_GT(ZRTestSNR(expected, actual), 90);
+}
+
+TEST(ZRConverter, ResamplesAlikeInAnyBlocks)
+{
+    // Whether the input reaches the resampler straight or queued, and the output leaves it straight into the
+    // caller's buffer or through the queue, every frame comes out once, in its channel and in order.
+    auto input = ZRNativeAudioBuffer::bufferWithChannels(2, 44100);
+    for (uint32_t channel = 0; channel < 2; ++channel) {
+        for (uint32_t i = 0; i < 44100; ++i)
+            input->setSampleValue(ZRTestSignal(channel, i), i, channel);
+    }
+    const auto convert = [&](uint32_t run, uint32_t block) {
+        auto converter = ZRConverter::converterWithSourceFormat(
+            ZRAudioStreamDescription(44100, 2), ZRAudioStreamDescription(48000, 2));
+        BlockSource source { input.get(), run };
+        converter->setCallback(BlockSource::supply, &source);
+        auto part = ZRNativeAudioBuffer::bufferWithChannels(2, block);
+        std::vector<std::vector<float>> frames(2);
+        uint32_t made = 0;
+        do {
+            part->setFrames(block);
+            made = converter->convertToNativeBufferUsingCallback(*part);
+            for (uint32_t channel = 0; channel < 2; ++channel)
+                frames[channel].insert(frames[channel].end(), part->channel(channel), part->channel(channel) + made);
+        } while (made == block);
+        return frames;
+    };
+    const auto whole = convert(UINT32_MAX, 60000);
+    ASSERT_EQ(whole[0].size(), 48000U);
+    for (uint32_t channel = 0; channel < 2; ++channel) {
+        std::vector<float> expected;
+        for (uint32_t i = 1000; i < 47000; ++i)
+            expected.push_back(ZRTestSignal(channel, i, 48000));
+        EXPECT_GT(ZRTestSNR(expected, { whole[channel].begin() + 1000, whole[channel].begin() + 47000 }), 80);
+    }
+    EXPECT_EQ(convert(333, 77), whole);
+    EXPECT_EQ(convert(4096, 1000), whole);
 }
 
 TEST(ZRConverter, DecodesPacketsWithTheFileCookie)

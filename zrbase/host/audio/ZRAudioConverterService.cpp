@@ -325,8 +325,8 @@ OSStatus OpaqueAudioConverter::takeDecodedFrames()
             return kAudioConverterErr_FormatNotSupported;
         }
         const bool planar = av_sample_fmt_is_planar(AVSampleFormat(frame->format));
-        receive(toFloat, planar ? sample.bytes : sample.bytes * channels, size_t(frame->nb_samples),
-            [&](uint32_t channel) {
+        receive(
+            toFloat, planar ? sample.bytes : sample.bytes * channels, size_t(frame->nb_samples), [&](uint32_t channel) {
                 return planar ? frame->extended_data[channel] : frame->extended_data[0] + channel * sample.bytes;
             });
         av_frame_unref(frame.get());

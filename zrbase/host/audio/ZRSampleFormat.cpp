@@ -64,7 +64,8 @@ using ZRInt16x8 = int16_t __attribute__((vector_size(16)));
 
 // Native signed 16-bit samples, the commonest in files, eight at a time where they lie side by side (mono, or a
 // planar channel) or every other one (a channel of stereo); other strides and the last few go one by one.
-ZR_VECTOR_CLONES void convertInt16Samples(const uint8_t* source, size_t stride, float* destination, size_t count) noexcept
+ZR_VECTOR_CLONES void convertInt16Samples(
+    const uint8_t* source, size_t stride, float* destination, size_t count) noexcept
 {
     constexpr float scale = 1.0f / 32768.0f;
     size_t i = 0;
