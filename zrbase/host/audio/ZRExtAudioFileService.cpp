@@ -74,12 +74,13 @@ OSStatus OpaqueExtAudioFile::readInput(AudioConverterRef, uint32_t* ioPackets, A
     AudioStreamPacketDescription** descriptions, void* userData)
 {
     auto& self = *static_cast<OpaqueExtAudioFile*>(userData);
-    if (isPCM(self.fileFormat) && self.fileFormat.mBytesPerPacket > 0)
-        return self.readAhead(*ioPackets, data);
     uint32_t maximum = 0;
     if (const OSStatus status = ZRAudioFileService::maximumPacketSize(self.file, maximum); status != noErr)
         return status;
-    uint32_t packets = std::clamp<uint32_t>(*ioPackets, 1, packetRun);
+    // Linear PCM whose packets are its frames, as the file holds them.
+    if (isPCM(self.fileFormat) && maximum > 0 && maximum == self.fileFormat.mBytesPerPacket)
+        return self.readAhead(*ioPackets, data);
+    uint32_t packets = std::clamp<uint32_t>(*ioPackets, 1, isPCM(self.fileFormat) ? frameRun : packetRun);
     self.block.resize(size_t(packets) * std::max<uint32_t>(maximum, 1));
     self.descriptions.resize(packets);
     uint32_t bytes = uint32_t(self.block.size());
