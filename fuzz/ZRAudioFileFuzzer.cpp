@@ -1,4 +1,5 @@
 #include <zrbase/host/audio/ZRAudioFileService.h>
+#include <zrbase/host/audio/ZRExtAudioFileService.h>
 
 #include <cstdint>
 #include <cstdio>
@@ -8,7 +9,8 @@
 #include <vector>
 
 // Outside bytes as an audio file: opening either fails with a status or gives a file whose packets all read, in
-// runs, within the room the file says they need, and whose properties answer.
+// runs, within the room the file says they need, and whose properties answer. Linear PCM also reads as native
+// float through the extended file, never more frames than asked.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     static const std::string path = "/tmp/ZRAudioFileFuzzer-" + std::to_string(getpid());
@@ -53,6 +55,33 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     }
     if (read > packets)
         std::abort();
+    AudioStreamBasicDescription format {};
+    ZRAudioFileService::dataFormat(file, format);
     ZRAudioFileService::close(file);
+    ExtAudioFileRef extended = nullptr;
+    if (format.mFormatID != kAudioFormatLinearPCM || format.mChannelsPerFrame > 8
+        || ZRExtAudioFileService::open(path, extended) != noErr)
+        return 0;
+    const AudioStreamBasicDescription floats { format.mSampleRate, kAudioFormatLinearPCM,
+        kAudioFormatFlagsNativeFloatPacked | kAudioFormatFlagIsNonInterleaved, 4, 1, 4, format.mChannelsPerFrame, 32,
+        0 };
+    if (ZRExtAudioFileService::setClientDataFormat(extended, floats) == noErr) {
+        constexpr uint32_t block = 1000;
+        std::vector<float> samples(size_t(block) * floats.mChannelsPerFrame);
+        std::vector<uint8_t> listBytes(ZRAudioBufferListSize(floats.mChannelsPerFrame));
+        auto* list = reinterpret_cast<AudioBufferList*>(listBytes.data());
+        for (int round = 0; round < 16; ++round) {
+            list->mNumberBuffers = floats.mChannelsPerFrame;
+            for (uint32_t channel = 0; channel < floats.mChannelsPerFrame; ++channel)
+                list->mBuffers[channel] = { 1, block * 4, samples.data() + size_t(channel) * block };
+            uint32_t frames = block;
+            const OSStatus status = ZRExtAudioFileService::read(extended, frames, list);
+            if (frames > block)
+                std::abort();
+            if (status != noErr || frames == 0)
+                break;
+        }
+    }
+    ZRExtAudioFileService::dispose(extended);
     return 0;
 }
