@@ -100,23 +100,30 @@ TEST(ZRConverter, PullsInterleavedAudioIntoANativeBuffer)
     auto converter
         = ZRConverter::converterWithSourceFormat(pcm(44100, 2, 16, sint), ZRAudioStreamDescription(44100, 2));
     ASSERT_TRUE(converter);
-    auto source = ZRAudioBuffer::bufferWithNumberOfBuffers(1, 4 * 256);
+    constexpr int frames = 600;
+    auto source = ZRAudioBuffer::bufferWithNumberOfBuffers(1, 4 * frames);
     auto* samples = static_cast<int16_t*>(source->buffer());
-    for (int i = 0; i < 256; ++i) {
-        samples[2 * i] = int16_t(i * 100);
+    for (int i = 0; i < frames; ++i) {
+        samples[2 * i] = int16_t(i * 50);
         samples[2 * i + 1] = int16_t(-i);
     }
     source->setChannelsPerBuffer(2);
-    auto destination = ZRNativeAudioBuffer::bufferWithChannels(2, 256);
-    EXPECT_EQ(converter->convertBufferToNativeBuffer(*source, *destination), 256U);
-    EXPECT_EQ(destination->sampleValueAtIndex(100, 0), 10000 / 32768.0f);
+    auto destination = ZRNativeAudioBuffer::bufferWithChannels(2, frames);
+    EXPECT_EQ(converter->convertBufferToNativeBuffer(*source, *destination), uint32_t(frames));
+    EXPECT_EQ(destination->sampleValueAtIndex(100, 0), 5000 / 32768.0f);
     EXPECT_EQ(destination->sampleValueAtIndex(100, 1), -100 / 32768.0f);
 
-    // The other direction asks for the source's frames; a smaller destination takes what fits.
+    // The other direction asks for the source's frames and gives every sample back; a smaller destination takes
+    // what fits.
     auto back = ZRConverter::converterWithSourceFormat(ZRAudioStreamDescription(44100, 2), pcm(44100, 2, 16, sint));
+    auto whole = ZRAudioBuffer::bufferWithNumberOfBuffers(1, 4 * frames);
+    EXPECT_EQ(back->convertNativeBuffer(*destination, *whole), uint32_t(frames));
+    EXPECT_EQ(std::vector<int16_t>(samples, samples + 2 * frames),
+        std::vector<int16_t>(
+            static_cast<int16_t*>(whole->buffer()), static_cast<int16_t*>(whole->buffer()) + 2 * frames));
     auto small = ZRAudioBuffer::bufferWithNumberOfBuffers(1, 4 * 100);
     EXPECT_EQ(back->convertNativeBuffer(*destination, *small), 100U);
-    EXPECT_EQ(static_cast<int16_t*>(small->buffer())[2 * 99], 9900);
+    EXPECT_EQ(static_cast<int16_t*>(small->buffer())[2 * 99], 4950);
 }
 
 TEST(ZRConverter, ChangesTheRateWithoutChangingTheSignal)
