@@ -1,5 +1,9 @@
 #include "ZRToolTestSupport.h"
 
+#include <zrbase/host/audio/ZRCoreAudioTypes.h>
+#include <zrbase/host/system/ZRResourceFork.h>
+#include <zrbase/host/system/ZRResourceMap.h>
+
 #include <gtest/gtest.h>
 
 #include <QJsonArray>
@@ -215,6 +219,32 @@ TEST(ZRToolConvert, failuresLeaveNoFileBehind)
         names.push_back(entry.path().filename().string());
     std::sort(names.begin(), names.end());
     EXPECT_EQ(names, (std::vector<std::string> { "cut.wav", "in.wav", "random.wav" }));
+}
+
+TEST(ZRToolInfo, namesSoundDesignerIIFilesByTheirFork)
+{
+    const std::string folder = ZRToolScratch("info-sd2");
+    const std::string path = folder + "/take";
+    ASSERT_EQ(
+        ZRToolRunShell("sox -D -n -r 48000 -c 2 -b 16 -e signed -B -t raw " + ZRToolQuote(path) + " synth 1 sine 300")
+            .status,
+        0);
+    ZRResourceMap map;
+    const std::pair<const char*, std::string> texts[]
+        = { { "sample-size", "2" }, { "sample-rate", "48000.000000" }, { "channels", "2" } };
+    int16_t id = 1000;
+    for (const auto& [name, text] : texts) {
+        auto bytes = std::make_shared<ZRData>(1 + text.size(), uint8_t(text.size()));
+        std::copy(text.begin(), text.end(), bytes->begin() + 1);
+        map.add({ id++, ZRFourCharCode("STR "), name, 0, bytes });
+    }
+    ASSERT_TRUE(ZRResourceFork::write(path, *map.data()));
+    const ZRToolRun run = ZRToolRunZr({ "info", "--json", path });
+    ASSERT_EQ(run.status, 0) << run.errors;
+    const QJsonObject file = QJsonDocument::fromJson(QByteArray::fromStdString(run.output)).object();
+    EXPECT_EQ(file["container"].toString(), "Sound Designer II");
+    EXPECT_EQ(file["data_format"].toString(), "Linear PCM, 16-bit big-endian signed integer, stereo, 48000 Hz");
+    EXPECT_EQ(file["frames"].toInt(), 48000);
 }
 
 TEST(ZRToolInfo, describesContainerFormatLengthAndTags)

@@ -53,6 +53,7 @@ namespace {
             { kAudioFileMP2Type, "MPEG Layer 2" },
             { kAudioFileMP3Type, "MP3" },
             { kAudioFileAC3Type, "AC-3" },
+            { kAudioFileSoundDesigner2Type, "Sound Designer II" },
         };
         const auto name = names.find(type);
         return name != names.end() ? name->second : "unknown";
