@@ -115,10 +115,6 @@ bool nativeFloatChannels(const AudioBufferList& list, const AudioStreamBasicDesc
     return true;
 }
 
-struct BufferUnref {
-    void operator()(AVBufferRef* buffer) const noexcept { av_buffer_unref(&buffer); }
-};
-
 struct SoxrDelete {
     void operator()(soxr_t soxr) const noexcept { soxr_delete(soxr); }
 };
@@ -142,8 +138,6 @@ struct OpaqueAudioConverter {
     ZRAVCodecContext encoder;
     ZRData decoderCookie;
     ZRAVPacket packet { av_packet_alloc() };
-    // The bytes of the packet being decoded, kept for the next one once the decoder has let go of them.
-    std::unique_ptr<AVBufferRef, BufferUnref> packetBytes;
     ZRAVFrame frame { av_frame_alloc() };
 
     // Float audio at the input's rate, and at the output's rate when the two differ.
@@ -337,16 +331,9 @@ OSStatus OpaqueAudioConverter::decodePacket(const uint8_t* data, uint32_t size)
 {
     av_packet_unref(packet.get());
     if (data) {
-        const size_t needed = size_t(size) + AV_INPUT_BUFFER_PADDING_SIZE;
-        const size_t capacity = packetBytes ? size_t(packetBytes->size) : 0;
-        if (capacity < needed || !av_buffer_is_writable(packetBytes.get()))
-            packetBytes.reset(av_buffer_alloc(std::max(needed, capacity < needed ? 2 * capacity : capacity)));
-        if (!packetBytes || !(packet->buf = av_buffer_ref(packetBytes.get())))
+        if (av_new_packet(packet.get(), int(size)) < 0)
             return kAudioConverterErr_UnspecifiedError;
-        std::memcpy(packet->buf->data, data, size);
-        std::memset(packet->buf->data + size, 0, AV_INPUT_BUFFER_PADDING_SIZE);
-        packet->data = packet->buf->data;
-        packet->size = int(size);
+        std::memcpy(packet->data, data, size);
     }
     int result = avcodec_send_packet(decoder.get(), data ? packet.get() : nullptr);
     if (result == AVERROR(EAGAIN)) {
