@@ -26,15 +26,15 @@ std::string benchmarkFile(const char* name, const char* command, const char* arg
     return path;
 }
 
-int64_t readAll(const std::string& path, uint32_t block)
+// Opens, reads and closes a file, into a buffer made beforehand as the references' buffers are.
+int64_t readAll(const std::string& path, ZRNativeAudioBuffer& buffer)
 {
     auto file = ZRExtCoreAudioFile::openForReadingWithPath(path);
     if (!file)
         return -1;
-    auto buffer = ZRNativeAudioBuffer::bufferWithChannels(file->format().channels(), block);
     int64_t total = 0;
     uint32_t frames = 0;
-    while (file->readBuffer(*buffer, &frames) && frames > 0)
+    while (file->readBuffer(buffer, &frames) && frames > 0)
         total += frames;
     return total;
 }
@@ -44,8 +44,9 @@ void BM_ExtCoreAudioFile_readWAVE(benchmark::State& state)
     const std::string path
         = benchmarkFile("ZRExtCoreAudioFileBench.wav", "sox -n -r 44100 -c 2 -b 16", "synth 60 sine 440 sine 660");
     std::vector<char> bytes(1 << 16);
+    auto buffer = ZRNativeAudioBuffer::bufferWithChannels(2, uint32_t(state.range(0)));
     ZRBenchmarkRatio(
-        state, [&] { benchmark::DoNotOptimize(readAll(path, uint32_t(state.range(0)))); },
+        state, [&] { benchmark::DoNotOptimize(readAll(path, *buffer)); },
         [&] {
             const int descriptor = ::open(path.c_str(), O_RDONLY);
             while (::read(descriptor, bytes.data(), bytes.size()) > 0)
@@ -58,6 +59,7 @@ BENCHMARK(BM_ExtCoreAudioFile_readWAVE)
     ->Arg(1024)
     ->Arg(4096)
     ->Arg(65536)
+    ->MinTime(1)
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);
 
@@ -95,10 +97,11 @@ void BM_ExtCoreAudioFile_decodeAAC(benchmark::State& state)
     const std::string path = benchmarkFile("ZRExtCoreAudioFileBench.m4a",
         "ffmpeg -y -f lavfi -i sine=f=440:d=60 -f lavfi -i sine=f=660:d=60 -filter_complex amerge -c:a aac -f ipod",
         "");
+    auto buffer = ZRNativeAudioBuffer::bufferWithChannels(2, 4096);
     ZRBenchmarkRatio(
-        state, [&] { benchmark::DoNotOptimize(readAll(path, 4096)); },
+        state, [&] { benchmark::DoNotOptimize(readAll(path, *buffer)); },
         [&] { benchmark::DoNotOptimize(decodeWithFFmpeg(path)); }, 0);
 }
-BENCHMARK(BM_ExtCoreAudioFile_decodeAAC)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_ExtCoreAudioFile_decodeAAC)->MinTime(2)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 } // namespace

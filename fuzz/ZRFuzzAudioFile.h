@@ -1,6 +1,7 @@
 #pragma once
 
 #include <zrbase/host/audio/ZRAudioFileService.h>
+#include <zrbase/host/audio/ZRExtAudioFileService.h>
 
 #include <cstdint>
 #include <cstdlib>
@@ -9,7 +10,8 @@
 
 // Opens the file at `path` through the audio file service: opening either fails with a status or gives a file whose
 // packets all read, in runs, within the room the file says they need, and whose properties answer. The largest
-// packet is one the file holds, so it is never more than `bound`, the bytes the file has.
+// packet is one the file holds, so it is never more than `bound`, the bytes the file has. Linear PCM also reads as
+// native float through the extended file, never more frames than asked.
 inline void ZRFuzzReadAudioFile(const std::string& path, size_t bound)
 {
     AudioFileID file = nullptr;
@@ -48,5 +50,32 @@ inline void ZRFuzzReadAudioFile(const std::string& path, size_t bound)
     }
     if (read > packets)
         std::abort();
+    AudioStreamBasicDescription format {};
+    ZRAudioFileService::dataFormat(file, format);
     ZRAudioFileService::close(file);
+    ExtAudioFileRef extended = nullptr;
+    if (format.mFormatID != kAudioFormatLinearPCM || format.mChannelsPerFrame > 8
+        || ZRExtAudioFileService::open(path, extended) != noErr)
+        return;
+    const AudioStreamBasicDescription floats { format.mSampleRate, kAudioFormatLinearPCM,
+        kAudioFormatFlagsNativeFloatPacked | kAudioFormatFlagIsNonInterleaved, 4, 1, 4, format.mChannelsPerFrame, 32,
+        0 };
+    if (ZRExtAudioFileService::setClientDataFormat(extended, floats) == noErr) {
+        constexpr uint32_t block = 1000;
+        std::vector<float> samples(size_t(block) * floats.mChannelsPerFrame);
+        std::vector<uint8_t> listBytes(ZRAudioBufferListSize(floats.mChannelsPerFrame));
+        auto* list = reinterpret_cast<AudioBufferList*>(listBytes.data());
+        for (int round = 0; round < 16; ++round) {
+            list->mNumberBuffers = floats.mChannelsPerFrame;
+            for (uint32_t channel = 0; channel < floats.mChannelsPerFrame; ++channel)
+                list->mBuffers[channel] = { 1, block * 4, samples.data() + size_t(channel) * block };
+            uint32_t frames = block;
+            const OSStatus status = ZRExtAudioFileService::read(extended, frames, list);
+            if (frames > block)
+                std::abort();
+            if (status != noErr || frames == 0)
+                break;
+        }
+    }
+    ZRExtAudioFileService::dispose(extended);
 }

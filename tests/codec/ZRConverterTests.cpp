@@ -40,18 +40,20 @@ struct PacketSource {
     }
 };
 
-// Hands out one block of native float, then the end.
+// Hands out a block of native float in runs of at most `run` frames, then the end.
 struct BlockSource {
     const ZRNativeAudioBuffer* block;
-    bool given = false;
+    uint32_t run = UINT32_MAX;
+    uint32_t at = 0;
     static OSStatus supply(
         AudioConverterRef, uint32_t* packets, AudioBufferList* data, AudioStreamPacketDescription**, void* user)
     {
         auto& self = *static_cast<BlockSource*>(user);
-        *packets = self.given ? 0 : self.block->frames();
-        for (uint32_t i = 0; i < self.block->channels() && !self.given; ++i)
-            data->mBuffers[i] = { 1, self.block->length(), self.block->channel(i) };
-        self.given = true;
+        const uint32_t count = std::min({ *packets, self.run, self.block->frames() - self.at });
+        for (uint32_t i = 0; i < self.block->channels(); ++i)
+            data->mBuffers[i] = { 1, count * 4, self.block->channel(i) + self.at };
+        self.at += count;
+        *packets = count;
         return noErr;
     }
 };
@@ -98,23 +100,30 @@ TEST(ZRConverter, PullsInterleavedAudioIntoANativeBuffer)
     auto converter
         = ZRConverter::converterWithSourceFormat(pcm(44100, 2, 16, sint), ZRAudioStreamDescription(44100, 2));
     ASSERT_TRUE(converter);
-    auto source = ZRAudioBuffer::bufferWithNumberOfBuffers(1, 4 * 256);
+    constexpr int frames = 600;
+    auto source = ZRAudioBuffer::bufferWithNumberOfBuffers(1, 4 * frames);
     auto* samples = static_cast<int16_t*>(source->buffer());
-    for (int i = 0; i < 256; ++i) {
-        samples[2 * i] = int16_t(i * 100);
+    for (int i = 0; i < frames; ++i) {
+        samples[2 * i] = int16_t(i * 50);
         samples[2 * i + 1] = int16_t(-i);
     }
     source->setChannelsPerBuffer(2);
-    auto destination = ZRNativeAudioBuffer::bufferWithChannels(2, 256);
-    EXPECT_EQ(converter->convertBufferToNativeBuffer(*source, *destination), 256U);
-    EXPECT_EQ(destination->sampleValueAtIndex(100, 0), 10000 / 32768.0f);
+    auto destination = ZRNativeAudioBuffer::bufferWithChannels(2, frames);
+    EXPECT_EQ(converter->convertBufferToNativeBuffer(*source, *destination), uint32_t(frames));
+    EXPECT_EQ(destination->sampleValueAtIndex(100, 0), 5000 / 32768.0f);
     EXPECT_EQ(destination->sampleValueAtIndex(100, 1), -100 / 32768.0f);
 
-    // The other direction asks for the source's frames; a smaller destination takes what fits.
+    // The other direction asks for the source's frames and gives every sample back; a smaller destination takes
+    // what fits.
     auto back = ZRConverter::converterWithSourceFormat(ZRAudioStreamDescription(44100, 2), pcm(44100, 2, 16, sint));
+    auto whole = ZRAudioBuffer::bufferWithNumberOfBuffers(1, 4 * frames);
+    EXPECT_EQ(back->convertNativeBuffer(*destination, *whole), uint32_t(frames));
+    EXPECT_EQ(std::vector<int16_t>(samples, samples + 2 * frames),
+        std::vector<int16_t>(
+            static_cast<int16_t*>(whole->buffer()), static_cast<int16_t*>(whole->buffer()) + 2 * frames));
     auto small = ZRAudioBuffer::bufferWithNumberOfBuffers(1, 4 * 100);
     EXPECT_EQ(back->convertNativeBuffer(*destination, *small), 100U);
-    EXPECT_EQ(static_cast<int16_t*>(small->buffer())[2 * 99], 9900);
+    EXPECT_EQ(static_cast<int16_t*>(small->buffer())[2 * 99], 4950);
 }
 
 TEST(ZRConverter, ChangesTheRateWithoutChangingTheSignal)
@@ -137,6 +146,43 @@ TEST(ZRConverter, ChangesTheRateWithoutChangingTheSignal)
         actual.push_back(output->sampleValueAtIndex(i));
     }
     EXPECT_GT(ZRTestSNR(expected, actual), 90);
+}
+
+TEST(ZRConverter, ResamplesAlikeInAnyBlocks)
+{
+    // Whether the input reaches the resampler straight or queued, and the output leaves it straight into the
+    // caller's buffer or through the queue, every frame comes out once, in its channel and in order.
+    auto input = ZRNativeAudioBuffer::bufferWithChannels(2, 44100);
+    for (uint32_t channel = 0; channel < 2; ++channel) {
+        for (uint32_t i = 0; i < 44100; ++i)
+            input->setSampleValue(ZRTestSignal(channel, i), i, channel);
+    }
+    const auto convert = [&](uint32_t run, uint32_t block) {
+        auto converter = ZRConverter::converterWithSourceFormat(
+            ZRAudioStreamDescription(44100, 2), ZRAudioStreamDescription(48000, 2));
+        BlockSource source { input.get(), run };
+        converter->setCallback(BlockSource::supply, &source);
+        auto part = ZRNativeAudioBuffer::bufferWithChannels(2, block);
+        std::vector<std::vector<float>> frames(2);
+        uint32_t made = 0;
+        do {
+            part->setFrames(block);
+            made = converter->convertToNativeBufferUsingCallback(*part);
+            for (uint32_t channel = 0; channel < 2; ++channel)
+                frames[channel].insert(frames[channel].end(), part->channel(channel), part->channel(channel) + made);
+        } while (made == block);
+        return frames;
+    };
+    const auto whole = convert(UINT32_MAX, 60000);
+    ASSERT_EQ(whole[0].size(), 48000U);
+    for (uint32_t channel = 0; channel < 2; ++channel) {
+        std::vector<float> expected;
+        for (uint32_t i = 1000; i < 47000; ++i)
+            expected.push_back(ZRTestSignal(channel, i, 48000));
+        EXPECT_GT(ZRTestSNR(expected, { whole[channel].begin() + 1000, whole[channel].begin() + 47000 }), 80);
+    }
+    EXPECT_EQ(convert(333, 77), whole);
+    EXPECT_EQ(convert(4096, 1000), whole);
 }
 
 TEST(ZRConverter, DecodesPacketsWithTheFileCookie)

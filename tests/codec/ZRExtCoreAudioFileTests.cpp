@@ -225,6 +225,7 @@ TEST(ZRExtCoreAudioFile, ReadsFilesOtherToolsWroteAsTheyDecodeThem)
     const std::string sine = "-f lavfi -i sine=f=440:d=1 -f lavfi -i sine=f=660:d=1 -filter_complex amerge";
     const Made made[] = {
         { "s16.wav", "sox -n -r 44100 -c 2 -b 16 %s synth 1 sine 440 sine 660", 0 },
+        { "s16mono.wav", "sox -n -r 22050 -c 1 -b 16 %s synth 1 sine 440", 0 },
         { "s24x6.wav", "sox -n -r 48000 -c 6 -b 24 %s synth 0.5 sine 440", 0 },
         { "f32.wav", "sox -n -r 44100 -c 2 -e floating-point -b 32 %s synth 1 sine 440 sine 660", 0 },
         { "u8.wav", "sox -n -r 8000 -c 1 -b 8 %s synth 1 sine 440", 0 },
@@ -282,4 +283,31 @@ TEST(ZRExtCoreAudioFile, SeeksToAFrame)
     ASSERT_EQ(frames, 100U);
     for (uint32_t i = 0; i < 100; ++i)
         ASSERT_EQ(buffer->sampleValueAtIndex(i, 1), ZRTestSignal(1, 30001 + i)) << i;
+}
+
+TEST(ZRExtCoreAudioFile, ReadsLinearPCMAlikeInAnyBlocksAndAfterSeeks)
+{
+    // Linear PCM is read from the file ahead of the caller: blocks of any size, and seeks into, before and past what
+    // was read ahead, give the frames the file holds.
+    const std::string path = ZRTestScratchFolder("ExtCoreAudioFilePCMBlocks") + "/s16.wav";
+    ASSERT_TRUE(ZRTestRun("sox -n -r 44100 -c 2 -b 16 '" + path + "' synth 1 sine 440 sine 660"));
+    const auto whole = ZRTestReadWithExtCoreAudioFile(path, 44100);
+    ASSERT_EQ(whole.size(), 2U);
+    ASSERT_EQ(whole[0].size(), 44100U);
+    EXPECT_EQ(ZRTestReadWithExtCoreAudioFile(path, 333), whole);
+    auto reader = ZRExtCoreAudioFile::openForReadingWithPath(path);
+    ASSERT_TRUE(reader);
+    auto buffer = ZRNativeAudioBuffer::bufferWithChannels(2, 100);
+    for (const uint32_t frame : { 30001U, 5U, 30101U, 16383U, 44050U }) {
+        SCOPED_TRACE(frame);
+        ASSERT_TRUE(reader->seekToFrame(frame));
+        buffer->setFrames(100);
+        uint32_t frames = 0;
+        ASSERT_TRUE(reader->readBuffer(*buffer, &frames));
+        ASSERT_EQ(frames, std::min(100U, 44100 - frame));
+        for (uint32_t channel = 0; channel < 2; ++channel) {
+            for (uint32_t i = 0; i < frames; ++i)
+                ASSERT_EQ(buffer->sampleValueAtIndex(i, channel), whole[channel][frame + i]) << channel << " " << i;
+        }
+    }
 }

@@ -1,7 +1,7 @@
 #include <zrbase/audio/ZRFFTBuffer.h>
 
-#include <zrbase/audio/ZRFloatVectorPrivate.h>
 #include <zrbase/audio/ZRNativeAudioBuffer.h>
+#include <zrbase/host/audio/ZRFloatVectorPrivate.h>
 #include <zrbase/host/audio/ZRRealFFT.h>
 
 #if defined(__x86_64__)

@@ -1,7 +1,7 @@
 #include <zrbase/audio/ZRNativeAudioBuffer.h>
 
-#include <zrbase/audio/ZRFloatVectorPrivate.h>
 #include <zrbase/core/ZRError.h>
+#include <zrbase/host/audio/ZRFloatVectorPrivate.h>
 
 #include <algorithm>
 #include <cmath>

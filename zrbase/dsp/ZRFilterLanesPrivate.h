@@ -1,6 +1,6 @@
 #pragma once
 
-#include <zrbase/audio/ZRFloatVectorPrivate.h>
+#include <zrbase/host/audio/ZRFloatVectorPrivate.h>
 
 #include <algorithm>
 #include <cstddef>

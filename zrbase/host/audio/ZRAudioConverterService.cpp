@@ -10,6 +10,7 @@ extern "C" {
 #include <soxr.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
 #include <deque>
@@ -94,6 +95,26 @@ ZRSampleFormat sampleFormatOf(AVSampleFormat format) noexcept
     }
 }
 
+// The channels of a list of linear PCM buffers at frame `frame`, where they are native floats in a buffer each (or the
+// one buffer of mono) and aligned as floats; false otherwise.
+template <typename Sample>
+bool nativeFloatChannels(const AudioBufferList& list, const AudioStreamBasicDescription& format,
+    const ZRSampleFormat& sample, size_t frame, Sample** channels) noexcept
+{
+    const ZRSampleFormat native = ZRNativeSampleFormat(4, true, true);
+    const bool nonInterleaved = format.mFormatFlags & kAudioFormatFlagIsNonInterleaved;
+    if (!sample.isFloat || sample.bytes != native.bytes || sample.isBigEndian != native.isBigEndian
+        || (!nonInterleaved && format.mChannelsPerFrame > 1) || list.mNumberBuffers < format.mChannelsPerFrame)
+        return false;
+    for (uint32_t channel = 0; channel < format.mChannelsPerFrame; ++channel) {
+        auto* data = static_cast<uint8_t*>(list.mBuffers[channel].mData) + frame * sizeof(float);
+        if (!list.mBuffers[channel].mData || reinterpret_cast<uintptr_t>(data) % alignof(float) != 0)
+            return false;
+        channels[channel] = reinterpret_cast<Sample*>(data);
+    }
+    return true;
+}
+
 struct SoxrDelete {
     void operator()(soxr_t soxr) const noexcept { soxr_delete(soxr); }
 };
@@ -130,6 +151,16 @@ struct OpaqueAudioConverter {
     bool inputEnded = false;
     bool drained = false;
     std::vector<uint8_t> inputListBlock;
+    // While a conversion fills the caller's linear PCM buffers, the frames from `targetFrame` to `targetEnd` of
+    // `target` are still to be filled: audio at the output's rate goes there as it is read, decoded or resampled,
+    // while nothing waits in the queue before it. `run` carries it when the caller's samples are not native floats;
+    // `targetFloats` points into them when they are, `sourceFloats` into the caller's input.
+    AudioBufferList* target = nullptr;
+    uint32_t targetFrame = 0;
+    uint32_t targetEnd = 0;
+    std::array<float, 256> run {};
+    std::vector<float*> targetFloats;
+    std::vector<const float*> sourceFloats;
 
     bool resampling() const noexcept { return input.mSampleRate != output.mSampleRate; }
     FloatQueue& outputQueue() noexcept { return resampling() ? resampled : decoded; }
@@ -138,9 +169,16 @@ struct OpaqueAudioConverter {
     OSStatus makeResampler();
     OSStatus decodePacket(const uint8_t* data, uint32_t size);
     OSStatus takeDecodedFrames();
+    // Takes `frames` frames, which `toFloat` reads for each channel from `source(channel)` on, `stride` bytes apart.
+    template <typename Source> void receive(ZRSamplesToFloat toFloat, size_t stride, size_t frames, Source source);
+    // Whether the caller's buffers have room and take native floats, which `targetFloats` then points at.
+    bool targetTakesFloats() noexcept;
     void readPCM(const AudioBufferList& list, uint32_t frames);
+    void store(AudioBufferList& list, uint32_t offset, uint32_t channel, const float* samples, uint32_t frames);
     void writePCM(AudioBufferList& list, uint32_t offset, uint32_t frames);
-    OSStatus resample(bool flush);
+    // Resamples what waits in `decoded`, or the caller's floats of every channel from `source` on while nothing
+    // waits.
+    OSStatus resample(bool flush, const float* const* source = nullptr, size_t sourceFrames = 0);
     OSStatus encodeQueued(bool flush);
     OSStatus pullInput(AudioConverterComplexInputDataProc proc, void* userData, uint32_t wanted);
     OSStatus drain();
@@ -212,27 +250,57 @@ OSStatus OpaqueAudioConverter::openCodecs()
     return noErr;
 }
 
+template <typename Source>
+void OpaqueAudioConverter::receive(ZRSamplesToFloat toFloat, size_t stride, size_t frames, Source source)
+{
+    const size_t direct
+        = target && !resampling() && decoded.frames() == 0 ? std::min<size_t>(frames, targetEnd - targetFrame) : 0;
+    const bool floats = direct > 0 && targetTakesFloats();
+    for (uint32_t channel = 0; channel < channels; ++channel) {
+        const uint8_t* from = source(channel);
+        if (floats) {
+            toFloat(from, stride, targetFloats[channel], direct);
+        } else {
+            for (size_t done = 0; done < direct; done += run.size()) {
+                const size_t count = std::min(run.size(), direct - done);
+                toFloat(from + done * stride, stride, run.data(), count);
+                store(*target, uint32_t(targetFrame + done), channel, run.data(), uint32_t(count));
+            }
+        }
+        toFloat(from + direct * stride, stride, decoded.append(channel, frames - direct), frames - direct);
+    }
+    targetFrame += uint32_t(direct);
+}
+
+bool OpaqueAudioConverter::targetTakesFloats() noexcept
+{
+    return target && targetFrame < targetEnd
+        && nativeFloatChannels(*target, output, outputSample, targetFrame, targetFloats.data());
+}
+
 void OpaqueAudioConverter::readPCM(const AudioBufferList& list, uint32_t frames)
 {
     const bool nonInterleaved = input.mFormatFlags & kAudioFormatFlagIsNonInterleaved;
-    for (uint32_t channel = 0; channel < channels; ++channel) {
-        const uint32_t buffer = nonInterleaved ? channel : 0;
-        const auto* data = static_cast<const uint8_t*>(list.mBuffers[buffer].mData);
-        const size_t offset = nonInterleaved ? 0 : size_t(channel) * inputSample.bytes;
-        read(data + offset, input.mBytesPerFrame, decoded.append(channel, frames), frames);
-    }
+    receive(read, input.mBytesPerFrame, frames, [&](uint32_t channel) {
+        const auto* data = static_cast<const uint8_t*>(list.mBuffers[nonInterleaved ? channel : 0].mData);
+        return data + (nonInterleaved ? 0 : size_t(channel) * inputSample.bytes);
+    });
+}
+
+void OpaqueAudioConverter::store(
+    AudioBufferList& list, uint32_t offset, uint32_t channel, const float* samples, uint32_t frames)
+{
+    const bool nonInterleaved = output.mFormatFlags & kAudioFormatFlagIsNonInterleaved;
+    auto* data = static_cast<uint8_t*>(list.mBuffers[nonInterleaved ? channel : 0].mData)
+        + size_t(offset) * output.mBytesPerFrame;
+    write(samples, data + (nonInterleaved ? 0 : size_t(channel) * outputSample.bytes), output.mBytesPerFrame, frames);
 }
 
 void OpaqueAudioConverter::writePCM(AudioBufferList& list, uint32_t offset, uint32_t frames)
 {
     FloatQueue& queue = outputQueue();
-    const bool nonInterleaved = output.mFormatFlags & kAudioFormatFlagIsNonInterleaved;
-    for (uint32_t channel = 0; channel < channels; ++channel) {
-        const uint32_t buffer = nonInterleaved ? channel : 0;
-        auto* data = static_cast<uint8_t*>(list.mBuffers[buffer].mData) + size_t(offset) * output.mBytesPerFrame;
-        const size_t at = nonInterleaved ? 0 : size_t(channel) * outputSample.bytes;
-        write(queue.channel(channel), data + at, output.mBytesPerFrame, frames);
-    }
+    for (uint32_t channel = 0; channel < channels; ++channel)
+        store(list, offset, channel, queue.channel(channel), frames);
     queue.consume(frames);
 }
 
@@ -251,12 +319,10 @@ OSStatus OpaqueAudioConverter::takeDecodedFrames()
             return kAudioConverterErr_FormatNotSupported;
         }
         const bool planar = av_sample_fmt_is_planar(AVSampleFormat(frame->format));
-        const size_t frames = size_t(frame->nb_samples);
-        for (uint32_t channel = 0; channel < channels; ++channel) {
-            const uint8_t* data
-                = planar ? frame->extended_data[channel] : frame->extended_data[0] + channel * sample.bytes;
-            toFloat(data, planar ? sample.bytes : sample.bytes * channels, decoded.append(channel, frames), frames);
-        }
+        receive(
+            toFloat, planar ? sample.bytes : sample.bytes * channels, size_t(frame->nb_samples), [&](uint32_t channel) {
+                return planar ? frame->extended_data[channel] : frame->extended_data[0] + channel * sample.bytes;
+            });
         av_frame_unref(frame.get());
     }
 }
@@ -281,30 +347,40 @@ OSStatus OpaqueAudioConverter::decodePacket(const uint8_t* data, uint32_t size)
     return takeDecodedFrames();
 }
 
-OSStatus OpaqueAudioConverter::resample(bool flush)
+OSStatus OpaqueAudioConverter::resample(bool flush, const float* const* source, size_t sourceFrames)
 {
     if (!resampling())
         return noErr;
+    size_t taken = 0;
     while (true) {
-        const size_t available = decoded.frames();
+        const size_t available = source ? sourceFrames - taken : decoded.frames();
         // With the input used up, soxr is told of the end (no input) until it has nothing more to give.
         const bool ending = flush && available == 0;
         if (available == 0 && !ending)
             return noErr;
         for (uint32_t channel = 0; channel < channels; ++channel)
-            soxrInput[channel] = decoded.channel(channel);
-        const size_t room = size_t(double(available) * output.mSampleRate / input.mSampleRate) + 1024;
+            soxrInput[channel] = source ? source[channel] + taken : decoded.channel(channel);
+        // Into the caller's buffers while nothing waits in the queue, otherwise onto the queue.
+        const bool direct = resampled.frames() == 0 && targetTakesFloats();
+        const size_t room = direct ? targetEnd - targetFrame
+                                   : size_t(double(available) * output.mSampleRate / input.mSampleRate) + 1024;
         for (uint32_t channel = 0; channel < channels; ++channel)
-            soxrOutput[channel] = resampled.append(channel, room);
+            soxrOutput[channel] = direct ? targetFloats[channel] : resampled.append(channel, room);
         size_t used = 0;
         size_t made = 0;
         const soxr_error_t error = soxr_process(
             soxr.get(), ending ? nullptr : soxrInput.data(), available, &used, soxrOutput.data(), room, &made);
-        for (uint32_t channel = 0; channel < channels; ++channel)
-            resampled.dropLast(channel, room - made);
+        if (direct)
+            targetFrame += uint32_t(made);
+        else
+            for (uint32_t channel = 0; channel < channels; ++channel)
+                resampled.dropLast(channel, room - made);
         if (error)
             return kAudioConverterErr_UnspecifiedError;
-        decoded.consume(used);
+        if (source)
+            taken += used;
+        else
+            decoded.consume(used);
         if (ending && made == 0)
             return noErr;
     }
@@ -377,7 +453,14 @@ OSStatus OpaqueAudioConverter::pullInput(AudioConverterComplexInputDataProc proc
         for (uint32_t i = 0; i < buffers; ++i)
             count
                 = list->mBuffers[i].mData ? std::min(count, list->mBuffers[i].mDataByteSize / input.mBytesPerFrame) : 0;
-        readPCM(*list, count);
+        // Native floats to be resampled go to soxr as they stand.
+        if (resampling() && decoded.frames() == 0
+            && nativeFloatChannels(*list, input, inputSample, 0, sourceFloats.data())) {
+            if (const OSStatus status = resample(false, sourceFloats.data(), count); status != noErr)
+                return status;
+        } else {
+            readPCM(*list, count);
+        }
     } else {
         if (!descriptions && input.mBytesPerPacket == 0)
             return kAudioConverterErr_RequiresPacketDescriptionsError;
@@ -467,6 +550,8 @@ OSStatus ZRAudioConverterService::create(const AudioStreamBasicDescription& sour
     made->resampled.setChannels(made->channels);
     made->soxrInput.resize(made->channels);
     made->soxrOutput.resize(made->channels);
+    made->targetFloats.resize(made->channels);
+    made->sourceFloats.resize(made->channels);
     if (!made->packet || !made->frame)
         return kAudioConverterErr_UnspecifiedError;
     if (const OSStatus status = made->makeResampler(); status != noErr)
@@ -567,7 +652,12 @@ OSStatus ZRAudioConverterService::fillComplexBuffer(AudioConverterRef converter,
             produced += take;
             if (produced == wanted || c.drained)
                 break;
+            c.target = output;
+            c.targetFrame = produced;
+            c.targetEnd = wanted;
             status = c.inputEnded ? c.drain() : c.pullInput(proc, userData, wanted - produced);
+            produced = c.targetFrame;
+            c.target = nullptr;
         }
         for (uint32_t i = 0; i < buffers; ++i)
             output->mBuffers[i].mDataByteSize = produced * c.output.mBytesPerFrame;

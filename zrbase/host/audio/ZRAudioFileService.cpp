@@ -134,6 +134,8 @@ struct OpaqueAudioFileID {
     int streamIndex = -1;
     uint64_t nextPacket = 0;
     ZRAVPacket pending;
+    // Whether opening read packets to learn what the header left out.
+    bool analysed = false;
     // Reading constant packets straight from the file's data.
     int descriptor = -1;
     bool direct = false;
@@ -212,8 +214,8 @@ OSStatus OpaqueAudioFileID::openInput()
                 && (parameters->ch_layout.order != AV_CHANNEL_ORDER_UNSPEC
                     || av_get_exact_bits_per_sample(parameters->codec_id) > 0));
     };
-    if (!std::all_of(context->streams, context->streams + context->nb_streams, described)
-        && avformat_find_stream_info(context, nullptr) < 0)
+    analysed = !std::all_of(context->streams, context->streams + context->nb_streams, described);
+    if (analysed && avformat_find_stream_info(context, nullptr) < 0)
         return kAudioFileInvalidFileError;
     streamIndex = av_find_best_stream(context, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
     if (streamIndex < 0)
@@ -374,10 +376,17 @@ OSStatus ZRAudioFileService::open(const std::string& path, AudioFileID& file)
     if (chunked && opened->format.mBytesPerPacket > 0 && opened->format.mFramesPerPacket > 0) {
         // Constant packets lie one after another from the first one on; the header's length is believed as far as
         // the file reaches.
+        // The data starts where the demuxer left its header, when it reads packets of the size read here (it reads
+        // none of a size it does not know). Reading the first packet to learn that would have FFmpeg look through
+        // the start of the data for other codecs hidden in PCM, which costs more than reading the whole file.
         OSStatus status = noErr;
         opened->direct = true;
-        opened->dataStart = opened->fillPending(status) ? opened->pending->pos : -1;
-        if (opened->dataStart < 0)
+        const bool headerEndsAtData
+            = !opened->analysed && uint32_t(parameters.block_align) == opened->format.mBytesPerPacket;
+        opened->dataStart = headerEndsAtData ? avio_tell(opened->input->pb)
+            : opened->fillPending(status)    ? opened->pending->pos
+                                             : -1;
+        if (opened->dataStart < 0 || opened->dataStart > info.st_size)
             opened->dataStart = info.st_size;
         const uint64_t inFile = uint64_t(info.st_size - opened->dataStart) / opened->format.mBytesPerPacket;
         uint64_t declared = inFile;

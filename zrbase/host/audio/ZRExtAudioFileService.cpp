@@ -14,6 +14,10 @@ constexpr OSStatus inputUsedUp = static_cast<OSStatus>(ZRFourCharCode("zrIU"));
 constexpr uint32_t packetRun = 64;
 // Frames of linear PCM moved per call.
 constexpr uint32_t frameRun = 4096;
+// Bytes of linear PCM read from the file at a time, however small the caller's reads, so that a read costs no call to
+// the system each. Against read() of the same bytes in 64 KB, runs of 256 KB came out 5 to 10 % faster than runs of
+// 64 KB, and runs of 16 KB a fifth slower.
+constexpr uint32_t readAheadBytes = 1 << 18;
 // Packets decoded ahead of a seek's target, which overlapping transforms and MP3's bit reservoir need.
 constexpr int64_t seekPreroll = 2;
 
@@ -39,6 +43,9 @@ struct OpaqueExtAudioFile {
     int64_t position = 0;
     int64_t skip = 0;
     AudioFilePacketTableInfo table {};
+    // Linear PCM read ahead into `block`: the packets from `aheadStart` on.
+    int64_t aheadStart = 0;
+    uint32_t aheadPackets = 0;
 
     // Writing: the caller's frames for the input procedure, and what has gone into the file.
     const AudioBufferList* pending = nullptr;
@@ -57,6 +64,7 @@ struct OpaqueExtAudioFile {
 
     static OSStatus readInput(AudioConverterRef, uint32_t* ioPackets, AudioBufferList* data,
         AudioStreamPacketDescription** descriptions, void* userData);
+    OSStatus readAhead(uint32_t& ioPackets, AudioBufferList* data);
     static OSStatus writeInput(AudioConverterRef, uint32_t* ioPackets, AudioBufferList* data,
         AudioStreamPacketDescription** descriptions, void* userData);
     OSStatus convertAndWrite(AudioConverterComplexInputDataProc proc);
@@ -70,6 +78,9 @@ OSStatus OpaqueExtAudioFile::readInput(AudioConverterRef, uint32_t* ioPackets, A
     uint32_t maximum = 0;
     if (const OSStatus status = ZRAudioFileService::maximumPacketSize(self.file, maximum); status != noErr)
         return status;
+    // Linear PCM whose packets are its frames, as the file holds them.
+    if (isPCM(self.fileFormat) && maximum > 0 && maximum == self.fileFormat.mBytesPerPacket)
+        return self.readAhead(*ioPackets, data);
     uint32_t packets = std::clamp<uint32_t>(*ioPackets, 1, isPCM(self.fileFormat) ? frameRun : packetRun);
     self.block.resize(size_t(packets) * std::max<uint32_t>(maximum, 1));
     self.descriptions.resize(packets);
@@ -83,6 +94,28 @@ OSStatus OpaqueExtAudioFile::readInput(AudioConverterRef, uint32_t* ioPackets, A
     *ioPackets = packets;
     if (descriptions)
         *descriptions = self.descriptions.data();
+    return noErr;
+}
+
+OSStatus OpaqueExtAudioFile::readAhead(uint32_t& ioPackets, AudioBufferList* data)
+{
+    const uint32_t size = fileFormat.mBytesPerPacket;
+    if (nextPacket < aheadStart || nextPacket >= aheadStart + aheadPackets) {
+        uint32_t packets = std::max<uint32_t>(readAheadBytes / size, 1);
+        block.resize(size_t(packets) * size);
+        uint32_t bytes = uint32_t(block.size());
+        if (const OSStatus status
+            = ZRAudioFileService::readPackets(file, nextPacket, packets, bytes, block.data(), nullptr);
+            status != noErr)
+            return status;
+        aheadStart = nextPacket;
+        aheadPackets = packets;
+    }
+    const int64_t offset = nextPacket - aheadStart;
+    const uint32_t packets = std::min<uint32_t>(std::max<uint32_t>(ioPackets, 1), uint32_t(aheadPackets - offset));
+    data->mBuffers[0] = { fileFormat.mChannelsPerFrame, packets * size, block.data() + offset * size };
+    nextPacket += packets;
+    ioPackets = packets;
     return noErr;
 }
 

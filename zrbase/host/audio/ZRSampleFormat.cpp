@@ -1,5 +1,7 @@
 #include <zrbase/host/audio/ZRSampleFormatPrivate.h>
 
+#include <zrbase/host/audio/ZRFloatVectorPrivate.h>
+
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -51,9 +53,54 @@ template <uint32_t Bytes, bool BigEndian> void storeBits(uint8_t* p, uint64_t v)
     }
 }
 
+// Native floats side by side are copied as they stand.
+void copySamples(void* destination, const void* source, size_t count) noexcept
+{
+    if (count > 0)
+        std::memcpy(destination, source, count * sizeof(float));
+}
+
+using ZRInt16x8 = int16_t __attribute__((vector_size(16)));
+
+// Native signed 16-bit samples, the commonest in files, eight at a time where they lie side by side (mono, or a
+// planar channel) or every other one (a channel of stereo); other strides and the last few go one by one.
+ZR_VECTOR_CLONES void convertInt16Samples(
+    const uint8_t* source, size_t stride, float* destination, size_t count) noexcept
+{
+    constexpr float scale = 1.0f / 32768.0f;
+    size_t i = 0;
+    if (stride == 2) {
+        for (; i + ZRLanes <= count; i += ZRLanes) {
+            ZRInt16x8 samples;
+            std::memcpy(&samples, source + 2 * i, sizeof samples);
+            const ZRInt8 wide = __builtin_convertvector(samples, ZRInt8);
+            ZRStore(destination + i, __builtin_convertvector(wide, ZRFloat8) * scale);
+        }
+    } else if (stride == 4) {
+        // Each sample is the low half of a 32-bit word; shifted to the top it is the sample times 2^16, exactly.
+        // The load of eight words reaches two bytes past the eighth sample, which a later frame must hold.
+        for (; i + ZRLanes < count; i += ZRLanes) {
+            ZRInt8 words;
+            std::memcpy(&words, source + 4 * i, sizeof words);
+            ZRStore(destination + i, __builtin_convertvector(words << 16, ZRFloat8) * (scale / 65536.0f));
+        }
+    }
+    for (; i < count; ++i) {
+        int16_t sample;
+        std::memcpy(&sample, source + stride * i, sizeof sample);
+        destination[i] = float(sample) * scale;
+    }
+}
+
 template <uint32_t Bytes, bool Float, bool Signed, bool BigEndian>
 void toFloat(const uint8_t* source, size_t stride, float* destination, size_t count) noexcept
 {
+    if constexpr (Bytes == 2 && !Float && Signed && BigEndian == hostIsBigEndian)
+        return convertInt16Samples(source, stride, destination, count);
+    if constexpr (Bytes == 4 && Float && BigEndian == hostIsBigEndian) {
+        if (stride == 4)
+            return copySamples(destination, source, count);
+    }
     for (size_t i = 0; i < count; ++i, source += stride) {
         const uint64_t bits = loadBits<Bytes, BigEndian>(source);
         if constexpr (Float && Bytes == 4) {
@@ -77,6 +124,10 @@ void toFloat(const uint8_t* source, size_t stride, float* destination, size_t co
 template <uint32_t Bytes, bool Float, bool Signed, bool BigEndian>
 void fromFloat(const float* source, uint8_t* destination, size_t stride, size_t count) noexcept
 {
+    if constexpr (Bytes == 4 && Float && BigEndian == hostIsBigEndian) {
+        if (stride == 4)
+            return copySamples(destination, source, count);
+    }
     for (size_t i = 0; i < count; ++i, destination += stride) {
         if constexpr (Float && Bytes == 4) {
             storeBits<Bytes, BigEndian>(destination, std::bit_cast<uint32_t>(source[i]));
