@@ -241,19 +241,29 @@ bool OpaqueAudioFileID::fillPending(OSStatus& status)
 
 OSStatus OpaqueAudioFileID::scanPackets()
 {
+    // The totals count the frames the decoder makes, from which the delay and padding are then taken. Ogg gives the
+    // last packet the duration its page's granule position leaves it, with the padding already off; and Vorbis's
+    // first packet only primes the decoder's overlap, making no frames of its own whatever its duration.
+    const AVStream* stream = input->streams[streamIndex];
+    const bool paddingOffDuration = std::string_view(input->iformat->name) == "ogg";
+    bool primesOnly = stream->codecpar->codec_id == AV_CODEC_ID_VORBIS;
     OSStatus status = noErr;
     while (fillPending(status)) {
         ++packetCount;
-        const AVStream* stream = input->streams[streamIndex];
-        totalFrames += av_rescale_q(std::max<int64_t>(pending->duration, 0), stream->time_base,
+        int64_t frames = av_rescale_q(std::max<int64_t>(pending->duration, 0), stream->time_base,
             AVRational { 1, stream->codecpar->sample_rate });
         maximumPacketSize = std::max(maximumPacketSize, uint32_t(pending->size));
         size_t size = 0;
         if (const uint8_t* skip = av_packet_get_side_data(pending.get(), AV_PKT_DATA_SKIP_SAMPLES, &size);
             skip && size >= 8) {
             priming += skip[0] | (skip[1] << 8) | (skip[2] << 16) | (uint32_t(skip[3]) << 24);
-            remainder += skip[4] | (skip[5] << 8) | (skip[6] << 16) | (uint32_t(skip[7]) << 24);
+            const uint32_t padding = skip[4] | (skip[5] << 8) | (skip[6] << 16) | (uint32_t(skip[7]) << 24);
+            remainder += padding;
+            if (paddingOffDuration)
+                frames += padding;
         }
+        totalFrames += primesOnly ? 0 : frames;
+        primesOnly = false;
         pending.reset();
     }
     return status;
