@@ -88,6 +88,56 @@ TEST(ZRExtCoreAudioFile, EncodesEveryWritableFormatAndReadsBackTheFramesWritten)
     }
 }
 
+TEST(ZRExtCoreAudioFile, MP3KeepsDelayPaddingAndTagsWhereOtherProgramsReadThem)
+{
+    const std::string folder = ZRTestScratchFolder("ExtCoreAudioFileMP3");
+    struct Case {
+        const char* name;
+        uint32_t clientRate;
+        uint32_t written;
+        // The rate the encoder takes and the frames the file holds at it.
+        uint32_t fileRate;
+        uint32_t frames;
+    };
+    // 38 packets and 35 frames: with the encoder's delay of 1105 frames the padding outgrows the last packet.
+    const Case cases[] = {
+        { "padding-packet.mp3", rate, 1152 * 38 + 35, rate, 1152 * 38 + 35 },
+        { "resampled.mp3", 96000, 30011, 48000, 15006 },
+    };
+    for (const Case& entry : cases) {
+        SCOPED_TRACE(entry.name);
+        const std::string path = folder + "/" + entry.name;
+        auto file = ZRExtCoreAudioFile::createWithPath(
+            path, kAudioFileMP3Type, kAudioFormatMPEGLayer3, entry.clientRate, 16, 2);
+        ASSERT_TRUE(file);
+        ASSERT_EQ(ZRAudioFileService::setInfoDictionary(
+                      file->audioFileID(), { { "title", "Layer Three" }, { "artist", "Encoder" }, { "year", "2026" } }),
+            noErr);
+        ASSERT_TRUE(writeSignal(*file, 2, entry.written));
+        ASSERT_TRUE(file->close());
+
+        EXPECT_EQ(ZRTestProbe(path, "codec_name"), "mp3");
+        EXPECT_EQ(ZRTestProbe(path, "sample_rate"), std::to_string(entry.fileRate));
+        EXPECT_EQ(ZRTestProbe(path, "channels"), "2");
+        EXPECT_EQ(ZRTestProbe(path, "format_tags=title"), "Layer Three");
+        EXPECT_EQ(ZRTestProbe(path, "format_tags=artist"), "Encoder");
+        EXPECT_EQ(ZRTestProbe(path, "format_tags=date"), "2026");
+        // ffprobe's duration counts every packet, the delay and the padding (each less than a packet) included.
+        const double seconds = std::stod(ZRTestProbe(path, "duration"));
+        EXPECT_GE(seconds * entry.fileRate, entry.frames - 1.0);
+        EXPECT_LT(seconds * entry.fileRate, entry.frames + 2 * 1152.0);
+
+        // The encoder tag gives ffmpeg and us the frames written, decoded alike.
+        const auto ours = ZRTestReadWithExtCoreAudioFile(path, 1000);
+        ASSERT_EQ(ours.size(), 2U);
+        EXPECT_EQ(ours[0].size(), entry.frames);
+        EXPECT_EQ(ours, ZRTestDecodeWithFFmpeg(path, 2));
+        if (entry.clientRate == entry.fileRate) {
+            EXPECT_GT(ZRTestSNR(signal(0, entry.frames), ours[0]), 20);
+        }
+    }
+}
+
 TEST(ZRExtCoreAudioFile, AC3KeepsNoDelayRecordSoItsPacketsReadWhole)
 {
     const std::string path = ZRTestScratchFolder("ExtCoreAudioFileAC3") + "/signal.ac3";

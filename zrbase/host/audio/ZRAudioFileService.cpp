@@ -494,12 +494,15 @@ OSStatus OpaqueAudioFileID::writeHeld(bool last)
     if (!held)
         return noErr;
     if (last && remainder > 0) {
+        // The MP3 encoder tag counts the padding back from the end of the file, so it takes all of it even when the
+        // encoder's last packet holds nothing but padding; MPEG-4's edit list ends within the last packet.
         const uint32_t trimmed = uint32_t(std::min<int64_t>(remainder, held->duration));
+        const uint32_t padding = type == kAudioFileMP3Type ? remainder : trimmed;
         held->duration -= trimmed;
         if (uint8_t* side = av_packet_new_side_data(held.get(), AV_PKT_DATA_SKIP_SAMPLES, 10)) {
             std::memset(side, 0, 10);
             for (int i = 0; i < 4; ++i)
-                side[4 + i] = uint8_t(trimmed >> (8 * i));
+                side[4 + i] = uint8_t(padding >> (8 * i));
         }
     }
     const int result = av_write_frame(output, held.get());
