@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstring>
 #include <fstream>
 #include <random>
@@ -118,7 +119,8 @@ TEST(ZRCoreAudioFile, CopiesCompressedPacketsWithTheirCookieAndTags)
     ASSERT_TRUE(writer);
     writer->setMagicCookie(*reader->magicCookie());
     ZRDictionary tags { { "title", "Copied" }, { "artist", "Tester" }, { "album", "Packets" }, { "year", "2026" },
-        { "comments", "no re-encoding" }, { "genre", "Test" } };
+        { "comments", "no re-encoding" }, { "genre", "Test" }, { "composer", "Writer" }, { "track number", "3" },
+        { "copyright", "Nobody" } };
     writer->setProperties(tags);
     uint32_t count = 7;
     while (reader->readNumberOfPackets(&count) && count > 0) {
@@ -145,11 +147,102 @@ TEST(ZRCoreAudioFile, CopiesCompressedPacketsWithTheirCookieAndTags)
     EXPECT_EQ(ZRTestProbe(copy, "format_tags=title"), "Copied");
     EXPECT_EQ(ZRTestProbe(copy, "format_tags=artist"), "Tester");
     EXPECT_EQ(ZRTestProbe(copy, "format_tags=date"), "2026");
+    EXPECT_EQ(ZRTestProbe(copy, "format_tags=track"), "3");
     const std::optional<ZRDictionary> read = ZRCoreAudioFile::fileWithPath(copy)->properties();
     ASSERT_TRUE(read);
     for (const auto& [key, value] : tags)
         EXPECT_EQ(read->at(key), value) << key;
     EXPECT_NEAR(read->at("approximate duration in seconds").doubleValue(), 1.5, 0.05);
+}
+
+TEST(ZRCoreAudioFile, InformationDictionaryCarriesTheTagsOtherProgramsWrote)
+{
+    const std::string folder = ZRTestScratchFolder("CoreAudioFileReadTags");
+    const std::string tags = "-metadata title=Ti -metadata artist=Ar -metadata album=Al -metadata genre=Ge -metadata "
+                             "date=2026 -metadata comment=Co -metadata composer=Cm -metadata track=7 -metadata "
+                             "copyright=Cp";
+    const ZRDictionary all { { "title", "Ti" }, { "artist", "Ar" }, { "album", "Al" }, { "genre", "Ge" },
+        { "year", "2026" }, { "comments", "Co" }, { "composer", "Cm" }, { "track number", "7" },
+        { "copyright", "Cp" } };
+    ZRDictionary riff = all;
+    riff.erase("composer");
+    struct Made {
+        const char* name;
+        std::string command;
+        ZRDictionary expected;
+    };
+    const std::string ffmpeg = "ffmpeg -v error -f lavfi -i sine=d=0.5 " + tags;
+    const Made made[] = {
+        { "riff.wav", ffmpeg + " %s", riff },
+        { "info.caf", ffmpeg + " %s", all },
+        { "items.m4a", ffmpeg + " %s", all },
+        { "id3.mp3", ffmpeg + " %s", all },
+        { "comments.flac", ffmpeg + " %s", all },
+        { "vorbis.ogg", ffmpeg + " %s", all },
+        { "opus.ogg", ffmpeg + " -c:a libopus %s", all },
+        // AIFF's own chunks: NAME, AUTH, (c) and ANNO.
+        { "chunks.aiff", ffmpeg + " -metadata author=Au %s",
+            { { "title", "Ti" }, { "artist", "Au" }, { "copyright", "Cp" }, { "comments", "Co" } } },
+        { "sox.flac", "sox -n -r 44100 --comment 'Title=Sx' %s synth 0.5 sine 440", { { "title", "Sx" } } },
+        { "sox.ogg", "sox -n -r 44100 --comment 'Artist=Sx' %s synth 0.5 sine 440", { { "artist", "Sx" } } },
+    };
+    for (const Made& file : made) {
+        SCOPED_TRACE(file.name);
+        const std::string path = folder + "/" + file.name;
+        std::string command = file.command;
+        command.replace(command.find("%s"), 2, "'" + path + "'");
+        ASSERT_TRUE(ZRTestRun(command));
+        auto reader = ZRCoreAudioFile::fileWithPath(path);
+        ASSERT_TRUE(reader);
+        const std::optional<ZRDictionary> info = reader->properties();
+        ASSERT_TRUE(info);
+        for (const auto& [key, value] : file.expected) {
+            ASSERT_TRUE(info->contains(key)) << key;
+            EXPECT_EQ(info->at(key), value) << key;
+        }
+        // The container's structure is no tag; the duration is the file's.
+        EXPECT_FALSE(info->contains("major_brand") || info->contains("handler_name"));
+        EXPECT_NEAR(info->at("approximate duration in seconds").doubleValue(), 0.5, 0.01);
+    }
+}
+
+TEST(ZRCoreAudioFile, WritesTagsWhereOtherProgramsReadThem)
+{
+    const std::string folder = ZRTestScratchFolder("CoreAudioFileWriteTags");
+    // Our keys, the names ffprobe gives them, and the values.
+    const std::vector<std::array<std::string, 3>> tags { { "title", "title", "Ti" }, { "artist", "artist", "Ar" },
+        { "album", "album", "Al" }, { "genre", "genre", "Ge" }, { "year", "date", "2026" },
+        { "comments", "comment", "Co" }, { "composer", "composer", "Cm" }, { "track number", "track", "7" },
+        { "copyright", "copyright", "Cp" } };
+    ZRDictionary dictionary;
+    for (const auto& [key, name, value] : tags)
+        dictionary.emplace(key, value);
+    constexpr AudioFormatFlags sint = kAudioFormatFlagIsSignedInteger;
+    const std::pair<const char*, AudioFileTypeID> cases[] = { { "tags.wav", kAudioFileWAVEType },
+        { "tags.aiff", kAudioFileAIFFType }, { "tags.aifc", kAudioFileAIFCType }, { "tags.caf", kAudioFileCAFType } };
+    for (const auto& [name, type] : cases) {
+        SCOPED_TRACE(name);
+        const std::string path = folder + "/" + name;
+        const AudioStreamBasicDescription format
+            = pcm(16, sint | (type == kAudioFileAIFFType ? kAudioFormatFlagIsBigEndian : 0));
+        auto file = ZRCoreAudioFile::fileWithPath(path, type, ZRAudioStreamDescription(format));
+        ASSERT_TRUE(file);
+        file->setProperties(dictionary);
+        auto silence = ZRAudioBuffer::bufferWithNumberOfBuffers(1, 4410 * format.mBytesPerFrame);
+        std::memset(silence->buffer(), 0, silence->length());
+        ASSERT_TRUE(file->writeNumberOfPackets(4410, *silence, nullptr));
+        ASSERT_TRUE(file->close());
+        const std::optional<ZRDictionary> read = ZRCoreAudioFile::fileWithPath(path)->properties();
+        ASSERT_TRUE(read);
+        for (const auto& [key, probed, value] : tags) {
+            // RIFF INFO has no composer; CAF's information chunk keeps our keys.
+            if (type == kAudioFileWAVEType && key == "composer")
+                continue;
+            EXPECT_EQ(ZRTestProbe(path, "format_tags=" + (type == kAudioFileCAFType ? key : probed)), value) << key;
+            EXPECT_EQ(read->at(key), value) << key;
+        }
+        EXPECT_EQ(read->at("approximate duration in seconds").stringValue(), "0.100");
+    }
 }
 
 TEST(ZRCoreAudioFile, SettersOfAFileBeingReadShowTheirFailure)

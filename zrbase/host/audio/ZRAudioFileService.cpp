@@ -40,16 +40,27 @@ constexpr std::array<Container, 10> writableContainers { {
     { kAudioFileAC3Type, "ac3" },
 } };
 
-// The information-dictionary keys and the tag names FFmpeg's containers use for them.
-constexpr std::array<std::pair<std::string_view, std::string_view>, 7> infoKeys { {
-    { "title", "title" },
-    { "artist", "artist" },
-    { "album", "album" },
-    { "genre", "genre" },
-    { "year", "date" },
-    { "comments", "comment" },
-    { "composer", "composer" },
+// The information-dictionary keys and the names FFmpeg gives the containers' tags (ID3, RIFF INFO, MPEG-4 items,
+// Vorbis comments, AIFF's text chunks); the first name of a key is the one written. CAF's information chunk holds
+// the dictionary's own keys, which are written as they stand.
+constexpr std::array<std::pair<std::string_view, std::string_view>, 12> infoKeys { {
+    { kAFInfoDictionary_Title, "title" },
+    { kAFInfoDictionary_Artist, "artist" },
+    { kAFInfoDictionary_Artist, "author" },
+    { kAFInfoDictionary_Album, "album" },
+    { kAFInfoDictionary_Genre, "genre" },
+    { kAFInfoDictionary_Year, "date" },
+    { kAFInfoDictionary_Comments, "comment" },
+    { kAFInfoDictionary_Composer, "composer" },
+    { kAFInfoDictionary_TrackNumber, "track" },
+    { kAFInfoDictionary_Copyright, "copyright" },
+    { kAFInfoDictionary_Lyricist, "lyricist" },
+    { kAFInfoDictionary_EncodingApplication, "encoder" },
 } };
+
+// What FFmpeg reports beside the tags about the container's own structure, which is no tag of the file.
+constexpr std::array<std::string_view, 6> structureKeys { "major_brand", "minor_version", "compatible_brands",
+    "handler_name", "vendor_id", "language" };
 
 OSStatus statusForErrno(int code) noexcept
 {
@@ -466,10 +477,10 @@ OSStatus OpaqueAudioFileID::writeHeader()
     AVDictionary* metadata = nullptr;
     for (const auto& [key, value] : info) {
         std::string_view tag = key;
-        for (const auto& [infoKey, tagName] : infoKeys) {
-            if (infoKey == key)
-                tag = tagName;
-        }
+        const auto known = std::find_if(
+            infoKeys.begin(), infoKeys.end(), [&](const auto& entry) { return entry.first == std::string_view(key); });
+        if (known != infoKeys.end() && type != kAudioFileCAFType)
+            tag = known->second;
         if (key != kAFInfoDictionary_ApproximateDurationInSeconds)
             av_dict_set(&metadata, std::string(tag).c_str(), value.stringValue().c_str(), 0);
     }
@@ -481,6 +492,9 @@ OSStatus OpaqueAudioFileID::writeHeader()
     AVDictionary* options = nullptr;
     if (type == kAudioFileM4AType || type == kAudioFileMPEG4Type)
         av_dict_set_int(&options, "movie_timescale", parameters.sample_rate, 0);
+    // AIFF's own text chunks hold a title, an author, a copyright and a comment; its ID3 chunk holds every tag.
+    if ((type == kAudioFileAIFFType || type == kAudioFileAIFCType) && metadata)
+        av_dict_set(&options, "write_id3v2", "1", 0);
     const int result = avformat_write_header(output, &options);
     av_dict_free(&options);
     if (result < 0)
@@ -701,16 +715,18 @@ OSStatus ZRAudioFileService::infoDictionary(AudioFileID file, ZRDictionary& info
         while ((entry = av_dict_get(metadata, "", entry, AV_DICT_IGNORE_SUFFIX))) {
             std::string key = entry->key;
             std::transform(key.begin(), key.end(), key.begin(), [](unsigned char c) { return char(std::tolower(c)); });
-            for (const auto& [infoKey, tagName] : infoKeys) {
-                if (tagName == key)
-                    key = infoKey;
-            }
-            result.emplace(key, std::string(entry->value));
+            if (std::find(structureKeys.begin(), structureKeys.end(), key) != structureKeys.end())
+                continue;
+            const auto known = std::find_if(
+                infoKeys.begin(), infoKeys.end(), [&](const auto& known) { return known.second == key; });
+            result.emplace(known != infoKeys.end() ? std::string(known->first) : key, std::string(entry->value));
         }
     }
-    if (file->input->duration > 0) {
+    AudioFilePacketTableInfo table {};
+    ZRAudioFileService::packetTableInfo(file, table);
+    if (table.mNumberValidFrames > 0) {
         char seconds[32];
-        std::snprintf(seconds, sizeof seconds, "%.3f", double(file->input->duration) / AV_TIME_BASE);
+        std::snprintf(seconds, sizeof seconds, "%.3f", double(table.mNumberValidFrames) / file->format.mSampleRate);
         result.emplace(kAFInfoDictionary_ApproximateDurationInSeconds, std::string(seconds));
     }
     info = std::move(result);
