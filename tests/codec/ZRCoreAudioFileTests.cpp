@@ -265,16 +265,41 @@ TEST(ZRCoreAudioFile, SettersOfAFileBeingReadShowTheirFailure)
 TEST(ZRCoreAudioFile, ReadsTheChannelLayoutOfTheFile)
 {
     const std::string folder = ZRTestScratchFolder("CoreAudioFileLayout");
-    ASSERT_TRUE(ZRTestRun("sox -n -r 48000 -c 6 -b 24 '" + folder + "/surround.wav' synth 0.1 sine 440"));
-    ASSERT_TRUE(ZRTestRun(
-        "ffmpeg -v error -f lavfi -i sine=d=0.1 -af 'pan=stereo|c0=c0|c1=c0' -c:a aac '" + folder + "/stereo.m4a'"));
-    const auto surround = ZRCoreAudioFile::fileWithPath(folder + "/surround.wav")->channelLayout();
-    ASSERT_TRUE(surround);
-    EXPECT_EQ(surround->layout()->mChannelLayoutTag, 1U << 16);
-    EXPECT_EQ(surround->layout()->mChannelBitmap, 0x3FU);
-    const auto stereo = ZRCoreAudioFile::fileWithPath(folder + "/stereo.m4a")->channelLayout();
-    ASSERT_TRUE(stereo);
-    EXPECT_EQ(stereo->layout()->mChannelBitmap, 0x3U);
+    // A tone on every channel of an FFmpeg layout of `channels` channels.
+    const auto ffmpeg = [&](const std::string& layout, int channels, const std::string& options, const char* name) {
+        std::string pan = "pan=" + layout;
+        for (int i = 0; i < channels; ++i)
+            pan += "|c" + std::to_string(i) + "=c0";
+        return "ffmpeg -v error -f lavfi -i sine=d=0.1 -af '" + pan + "' " + options + " '" + folder + "/" + name + "'";
+    };
+    struct Case {
+        const char* name;
+        std::string command;
+        uint32_t bitmap;
+    };
+    const Case cases[] = {
+        // The WAVE channel mask, which sox writes for more than two channels.
+        { "surround.wav", "sox -n -r 48000 -c 6 -b 24 '" + folder + "/surround.wav' synth 0.1 sine 440", 0x3F },
+        { "quad.wav", ffmpeg("quad", 4, "-c:a pcm_s16le", "quad.wav"), 0x33 },
+        // MPEG-4's channel configuration, from AAC's and Apple Lossless's own configuration.
+        { "stereo.m4a", ffmpeg("stereo", 2, "-c:a aac", "stereo.m4a"), 0x3 },
+        { "surround.m4a", ffmpeg("5.1", 6, "-c:a aac", "surround.m4a"), 0x3F },
+        { "lossless.m4a", ffmpeg("5.1", 6, "-c:a alac", "lossless.m4a"), 0x3F },
+        // CAF's 'chan' chunk: FFmpeg writes 5.1 with the surrounds at the sides.
+        { "side.caf", ffmpeg("5.1(side)", 6, "-c:a pcm_s16le", "side.caf"), 0x60F },
+        { "mono.caf", ffmpeg("mono", 1, "-c:a pcm_s16le", "mono.caf"), 0x4 },
+    };
+    for (const Case& entry : cases) {
+        SCOPED_TRACE(entry.name);
+        ASSERT_TRUE(ZRTestRun(entry.command));
+        const auto layout = ZRCoreAudioFile::fileWithPath(folder + "/" + entry.name)->channelLayout();
+        ASSERT_TRUE(layout);
+        EXPECT_EQ(layout->layout()->mChannelLayoutTag, 1U << 16);
+        EXPECT_EQ(layout->layout()->mChannelBitmap, entry.bitmap);
+    }
+    // Three channels without a mask have no layout.
+    ASSERT_TRUE(ZRTestRun("sox -n -r 48000 -c 3 '" + folder + "/three.wav' synth 0.1 sine 440"));
+    EXPECT_FALSE(ZRCoreAudioFile::fileWithPath(folder + "/three.wav")->channelLayout());
 }
 
 TEST(ZRCoreAudioFile, BadInputGivesTheServiceErrorNeverACrash)
@@ -288,14 +313,15 @@ TEST(ZRCoreAudioFile, BadInputGivesTheServiceErrorNeverACrash)
         "Opening an audio file failed because the audio file was not found.");
     writeBytes(folder + "/empty.wav", "");
     EXPECT_EQ(openError(folder + "/empty.wav")->code(), int32_t(kAudioFileInvalidFileError));
+    // A file that ends within its header is a damaged file of its container, not one of an unknown type.
     writeBytes(folder + "/header.wav", bytes.substr(0, 20));
-    EXPECT_NE(openError(folder + "/header.wav")->code(), 0);
+    EXPECT_EQ(openError(folder + "/header.wav")->code(), int32_t(kAudioFileInvalidFileError));
     std::mt19937 random(3);
     std::string noise(20000, '\0');
     for (char& byte : noise)
         byte = char(random());
     writeBytes(folder + "/noise.wav", noise);
-    EXPECT_NE(openError(folder + "/noise.wav")->code(), 0);
+    EXPECT_EQ(openError(folder + "/noise.wav")->code(), int32_t(kAudioFileUnsupportedFileTypeError));
     EXPECT_EQ(openError(folder)->code(), int32_t(kAudioFileInvalidFileError));
     ASSERT_TRUE(ZRTestRun("ffmpeg -v error -f lavfi -i sine=d=0.2 '" + folder + "/sun.au'"));
     EXPECT_EQ(openError(folder + "/sun.au")->localizedDescription(),
@@ -343,6 +369,9 @@ TEST(ZRCoreAudioFile, BadInputGivesTheServiceErrorNeverACrash)
     ASSERT_TRUE(cutMP3);
     EXPECT_GT(cutMP3->numberOfPackets(), 30U);
     EXPECT_LT(cutMP3->numberOfPackets(), 50U);
+    // Cut within its first frame, it is damaged.
+    writeBytes(folder + "/tag-only.mp3", mp3.substr(0, 200));
+    EXPECT_EQ(openError(folder + "/tag-only.mp3")->code(), int32_t(kAudioFileInvalidFileError));
 
     // Creating where no folder is, or over an existing file.
     ZRErrorPtr error;

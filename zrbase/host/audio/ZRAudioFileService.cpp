@@ -92,21 +92,24 @@ OSStatus statusForAVError(int error) noexcept
     return kAudioFileUnspecifiedError;
 }
 
+// The four-character tag at a byte of the file's first bytes; empty past them.
+std::string_view headTag(std::span<const uint8_t> head, size_t at) noexcept
+{
+    return head.size() >= at + 4 ? std::string_view(reinterpret_cast<const char*>(head.data()) + at, 4)
+                                 : std::string_view();
+}
+
 // The container type of a demuxer, told apart further by the first bytes where one demuxer reads several.
 std::optional<AudioFileTypeID> typeForDemuxer(std::string_view name, std::span<const uint8_t> head, AVCodecID codec)
 {
-    const auto headTag = [&](size_t at) {
-        return head.size() >= at + 4 ? std::string_view(reinterpret_cast<const char*>(head.data()) + at, 4)
-                                     : std::string_view();
-    };
     if (name == "wav")
         return kAudioFileWAVEType;
     if (name == "aiff")
-        return headTag(8) == "AIFC" ? kAudioFileAIFCType : kAudioFileAIFFType;
+        return headTag(head, 8) == "AIFC" ? kAudioFileAIFCType : kAudioFileAIFFType;
     if (name == "caf")
         return kAudioFileCAFType;
     if (name.starts_with("mov,mp4"))
-        return headTag(8) == "M4A " ? kAudioFileM4AType : kAudioFileMPEG4Type;
+        return headTag(head, 8) == "M4A " ? kAudioFileM4AType : kAudioFileMPEG4Type;
     if (name == "mp3") {
         if (codec == AV_CODEC_ID_MP1)
             return kAudioFileMP1Type;
@@ -117,6 +120,15 @@ std::optional<AudioFileTypeID> typeForDemuxer(std::string_view name, std::span<c
     if (name == "flac" || name == "ogg")
         return kAudioFileUnknownType;
     return std::nullopt;
+}
+
+// Whether the first bytes are those of a chunked container, which FFmpeg does not recognise when the file ends
+// within its header.
+bool startsLikeChunkedContainer(std::span<const uint8_t> head) noexcept
+{
+    const std::string_view form = headTag(head, 8);
+    return ((headTag(head, 0) == "RIFF" || headTag(head, 0) == "RF64") && form == "WAVE")
+        || (headTag(head, 0) == "FORM" && (form == "AIFF" || form == "AIFC")) || headTag(head, 0) == "caff";
 }
 
 // Input contexts read through a reader of their own, which closing the context leaves open.
@@ -206,8 +218,10 @@ OSStatus OpaqueAudioFileID::openInput()
     context->flags |= AVFMT_FLAG_CUSTOM_IO;
     if (const int result = avformat_open_input(&context, "", demuxer, nullptr); result < 0) {
         avio_closep(&io);
-        return result == AVERROR_INVALIDDATA || result == AVERROR_EOF ? kAudioFileInvalidFileError
-                                                                      : statusForAVError(result);
+        // The container was recognised, so what keeps it from opening is its contents, unless the system says why.
+        const OSStatus status = statusForAVError(result);
+        return status == kAudioFileUnspecifiedError || status == kAudioFileEndOfFileError ? kAudioFileInvalidFileError
+                                                                                          : status;
     }
     input = std::unique_ptr<AVFormatContext, FormatContextClose>(context);
     // Most containers describe their audio in the header (linear PCM completely, compressed formats but for the
@@ -360,8 +374,11 @@ OSStatus ZRAudioFileService::open(const std::string& path, AudioFileID& file)
     const ssize_t headSize = pread(opened->descriptor, head.data(), head.size(), 0);
     if (headSize <= 0)
         return kAudioFileInvalidFileError;
-    if (const OSStatus status = opened->openInput(); status != noErr)
-        return status;
+    if (const OSStatus status = opened->openInput(); status != noErr) {
+        const bool cut = status == kAudioFileUnsupportedFileTypeError
+            && startsLikeChunkedContainer({ head.data(), size_t(headSize) });
+        return cut ? kAudioFileInvalidFileError : status;
+    }
     const AVStream* stream = opened->input->streams[opened->streamIndex];
     const AVCodecParameters& parameters = *stream->codecpar;
     const auto type
