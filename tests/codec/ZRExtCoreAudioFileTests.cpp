@@ -268,6 +268,9 @@ TEST(ZRExtCoreAudioFile, ReadsFilesOtherToolsWroteAsTheyDecodeThem)
         { "fl32.aifc", "ffmpeg -v error " + sine + " -c:a pcm_f32be -f aiff %s", 0 },
         { "s24.caf", "ffmpeg -v error " + sine + " -c:a pcm_s24be %s", 0 },
         { "rf64.wav", "ffmpeg -v error " + sine + " -c:a pcm_s16le -rf64 always %s", 0 },
+        { "ulaw.wav", "ffmpeg -v error " + sine + " -c:a pcm_mulaw %s", 0 },
+        { "alaw.caf", "ffmpeg -v error " + sine + " -c:a pcm_alaw %s", 0 },
+        { "ima4.aifc", "ffmpeg -v error " + sine + " -c:a adpcm_ima_qt -f aiff %s", 0 },
         { "flac.flac", "sox -n -r 44100 -c 2 -b 16 %s synth 1 sine 440 sine 660", 0 },
         { "ffmpeg.flac", "ffmpeg -v error " + sine + " -c:a flac %s", 0 },
         // Ogg keeps the delay in the first page and the padding in the last page's granule position, and Vorbis's
