@@ -155,6 +155,34 @@ TEST(ZRCoreAudioFile, CopiesCompressedPacketsWithTheirCookieAndTags)
     EXPECT_NEAR(read->at("approximate duration in seconds").doubleValue(), 1.5, 0.05);
 }
 
+TEST(ZRCoreAudioFile, NamesTheContainerItFindsInTheBytes)
+{
+    const std::string folder = ZRTestScratchFolder("CoreAudioFileContainers");
+    // Each file is named for a container it is not, so that only its bytes can tell.
+    const std::pair<std::string, const char*> made[] = {
+        { "-c:a pcm_s16le -f wav", "WAVE Audio File" },
+        { "-c:a pcm_s16le -rf64 always -f wav", "WAVE Audio File" },
+        { "-c:a pcm_s16le -f aiff", "AIFF Audio File" },
+        { "-c:a pcm_s16le -f caf", "CAF Audio File" },
+        { "-c:a aac -f ipod", "M4A Audio File" },
+        { "-c:a aac -f mp4", "MPEG4 Audio File" },
+        { "-c:a libmp3lame -f mp3", "MP3 Audio File" },
+        { "-c:a mp2 -f mp2", "MP2 Audio File" },
+        { "-c:a ac3 -f ac3", "AC-3 Audio File" },
+        { "-c:a flac -f flac", "unknown" },
+        { "-c:a libvorbis -f ogg", "unknown" },
+    };
+    int index = 0;
+    for (const auto& [options, name] : made) {
+        SCOPED_TRACE(options);
+        const std::string path = folder + "/" + std::to_string(index++) + ".au";
+        ASSERT_TRUE(ZRTestRun("ffmpeg -v error -f lavfi -i sine=d=0.2 " + options + " '" + path + "'"));
+        auto file = ZRCoreAudioFile::fileWithPath(path);
+        ASSERT_TRUE(file);
+        EXPECT_EQ(file->fileFormat(), name);
+    }
+}
+
 TEST(ZRCoreAudioFile, InformationDictionaryCarriesTheTagsOtherProgramsWrote)
 {
     const std::string folder = ZRTestScratchFolder("CoreAudioFileReadTags");
