@@ -493,9 +493,10 @@ OSStatus OpaqueAudioFileID::writeHeader()
 {
     AVDictionary* metadata = nullptr;
     for (const auto& [key, value] : info) {
-        std::string_view tag = key;
-        const auto known = std::find_if(
-            infoKeys.begin(), infoKeys.end(), [&](const auto& entry) { return entry.first == std::string_view(key); });
+        const std::string_view name = key;
+        std::string_view tag = name;
+        const auto known
+            = std::find_if(infoKeys.begin(), infoKeys.end(), [name](const auto& entry) { return entry.first == name; });
         if (known != infoKeys.end() && type != kAudioFileCAFType)
             tag = known->second;
         if (key != kAFInfoDictionary_ApproximateDurationInSeconds)
