@@ -2,7 +2,8 @@
 # above its own or beside it. The layers, each using only those before it (one line a rank, folders of a rank are
 # siblings and may not use each other):
 #   host/foundation
-#   host/audio host/system
+#   host/system
+#   host/audio
 #   core
 #   file
 #   audio
@@ -11,8 +12,8 @@
 #   app
 #   ui (the separate library zrbase-ui)
 set(ZR_LAYER_RANKS
-    "host/foundation=0" "host/audio=1" "host/system=1" "core=2" "file=3" "audio=4" "dsp=5" "codec=5"
-    "automation=6" "formatters=6" "plugins=6" "app=7" "ui=8")
+    "host/foundation=0" "host/system=1" "host/audio=2" "core=3" "file=4" "audio=5" "dsp=6" "codec=6"
+    "automation=7" "formatters=7" "plugins=7" "app=8" "ui=9")
 
 function(zr_layer_of path out_layer out_rank)
     set(${out_layer} "" PARENT_SCOPE)
@@ -35,7 +36,7 @@ foreach(source IN LISTS sources ui_sources)
     if(source MATCHES "^zrbase-ui/")
         set(path "${ROOT}/${source}")
         set(layer "ui")
-        set(rank 8)
+        set(rank 9)
     else()
         set(path "${ROOT}/zrbase/${source}")
         zr_layer_of("${source}" layer rank)

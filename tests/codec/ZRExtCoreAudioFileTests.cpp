@@ -177,6 +177,21 @@ TEST(ZRExtCoreAudioFile, BitRateDecidesTheSizeOfAnAACFile)
     EXPECT_GT(sizes[1], sizes[0] * 2);
 }
 
+TEST(ZRExtCoreAudioFile, TagsSetBeforeTheFirstWriteReachTheFile)
+{
+    const std::string folder = ZRTestScratchFolder("ExtCoreAudioFileTags");
+    const std::string path = folder + "/tagged.m4a";
+    auto file = ZRExtCoreAudioFile::createWithPath(path, kAudioFileM4AType, kAudioFormatMPEG4AAC, rate, 16, 1);
+    ASSERT_TRUE(file);
+    file->setProperties({ { "title", ZRPropertyList("Take 2") }, { "artist", ZRPropertyList("Quartet") } });
+    ASSERT_TRUE(writeSignal(*file, 1));
+    ASSERT_TRUE(file->close());
+    const std::optional<ZRDictionary> tags = ZRExtCoreAudioFile::openWithPath(path)->properties();
+    ASSERT_TRUE(tags);
+    EXPECT_EQ(tags->at("title").stringValue(), "Take 2");
+    EXPECT_EQ(tags->at("artist").stringValue(), "Quartet");
+}
+
 TEST(ZRExtCoreAudioFile, AnswersPacketsFramesCookieAndTagsOfACompressedFile)
 {
     const std::string folder = ZRTestScratchFolder("ExtCoreAudioFilePackets");

@@ -1,6 +1,7 @@
 #include <Analyzer.h>
 #include <JsonWriter.h>
 #include <Spectrogram.h>
+#include <TruePeakMeter.h>
 #include <WaveformBuilder.h>
 
 #include <zrbase/audio/ZRFFTBuffer.h>
@@ -162,4 +163,31 @@ TEST(ZRToolSpectrogram, aSineLightsTheRowOfItsFrequency)
     // The first and last columns are half silence.
     EXPECT_LT(spectrogram->level(0, row), spectrogram->level(10, row));
     EXPECT_FALSE(Spectrogram::spectrogramWithResolution(10, ZRFFTBuffer::WindowHann, rate, 16000, 0, 100));
+}
+
+TEST(ZRToolTruePeakMeter, findsThePeaksBetweenSamplesAcrossBlocks)
+{
+    // A quarter of the sample rate a quarter turn off the sample grid: every sample at ±0.707, the wave itself at
+    // ±1 half way between them. Left that sine; then a slow one whose samples already hold its peak, which the
+    // filter must neither raise nor lower; then one high in the band (17 kHz at 44.1 kHz), whose true peak exceeds
+    // its samples too.
+    auto buffer = bufferWith(3, 44100, [](uint32_t i, uint32_t c) {
+        if (c == 0)
+            return float(std::sin(std::numbers::pi / 2 * i + std::numbers::pi / 4));
+        if (c == 1)
+            return float(0.5 * std::sin(2 * std::numbers::pi * 100.0 / 44100.0 * i));
+        return float(0.5 * std::sin(2 * std::numbers::pi * 17000.0 / 44100.0 * i + 0.3));
+    });
+    TruePeakMeter meter(3);
+    // Blocks of odd sizes: the filter's history carries across them.
+    for (uint32_t start = 0; start < 44100; start += 997) {
+        const uint32_t count = std::min(997u, 44100 - start);
+        auto block = ZRNativeAudioBuffer::bufferWithChannels(3, count);
+        for (uint32_t c = 0; c < 3; ++c)
+            std::copy_n(buffer->channel(c) + start, count, block->channel(c));
+        meter.process(*block);
+    }
+    EXPECT_NEAR(20 * std::log10(meter.truePeak(0)), 0.0, 0.1);
+    EXPECT_NEAR(meter.truePeak(1), 0.5, 1e-3);
+    EXPECT_NEAR(20 * std::log10(meter.truePeak(2) / 0.5), 0.0, 0.2);
 }

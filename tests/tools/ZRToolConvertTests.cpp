@@ -1,11 +1,16 @@
 #include "ZRToolTestSupport.h"
 
+#include <zrbase/host/audio/ZRCoreAudioTypes.h>
+#include <zrbase/host/system/ZRResourceFork.h>
+#include <zrbase/host/system/ZRResourceMap.h>
+
 #include <gtest/gtest.h>
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <fstream>
@@ -17,10 +22,11 @@ namespace {
 // What ffprobe says about a file's first stream and its tags, as "key=value" pairs.
 std::map<std::string, std::string> probe(const std::string& file)
 {
-    const ZRToolRun run = ZRToolRunShell("ffprobe -v error -show_entries "
-                                         "stream=codec_name,sample_rate,channels,bits_per_raw_sample,bits_per_sample:"
-                                         "format=duration:format_tags -of default=noprint_wrappers=1 "
-        + ZRToolQuote(file));
+    const ZRToolRun run
+        = ZRToolRunShell("ffprobe -v error -show_entries "
+                         "stream=codec_name,sample_rate,channels,bits_per_raw_sample,bits_per_sample,bit_rate:"
+                         "format=duration:format_tags -of default=noprint_wrappers=1 "
+            + ZRToolQuote(file));
     std::map<std::string, std::string> values;
     std::istringstream lines(run.output);
     std::string line;
@@ -77,6 +83,8 @@ TEST(ZRToolConvert, containersAndFormatsThatFfprobeReads)
         { { "--bitrate", "96", "--rate", "48000" }, "lossy.m4a", "aac", "48000", "2" },
         { { "--format", "alac", "--bits", "24" }, "lossless.m4a", "alac", "44100", "2" },
         { {}, "dolby.ac3", "ac3", "44100", "2" },
+        { { "--bitrate", "128", "--rate", "48000", "--tag", "title=Layer three" }, "lame.mp3", "mp3", "48000", "2" },
+        { { "--type", "mp3", "--format", "mp3", "--channels", "1" }, "named.audio", "mp3", "44100", "1" },
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
@@ -87,8 +95,12 @@ TEST(ZRToolConvert, containersAndFormatsThatFfprobeReads)
         EXPECT_EQ(values["codec_name"], c.codec);
         EXPECT_EQ(values["sample_rate"], c.rate);
         EXPECT_EQ(values["channels"], c.channels);
-        EXPECT_NEAR(std::stod(values["duration"]), 3.0, c.codec == "ac3" ? 0.05 : 0.001);
+        // AC-3 and MP3 end on a whole packet, MP3 after the encoder's delay.
+        EXPECT_NEAR(std::stod(values["duration"]), 3.0, c.codec == "ac3" || c.codec == "mp3" ? 0.06 : 0.001);
     }
+    auto mp3 = probe(folder + "/lame.mp3");
+    EXPECT_EQ(mp3["TAG:title"], "Layer three");
+    EXPECT_EQ(mp3["bit_rate"], "128000");
     // Lossless formats keep the signal: Apple Lossless at 24 bits gives the 16-bit samples back exactly.
     EXPECT_EQ(analyze(folder + "/lossless.m4a")["overall"], analyze(input)["overall"]);
     // The down-mix is the channels' mean (440 Hz left, 660 Hz right): no louder than either, and not silent.
@@ -127,9 +139,13 @@ TEST(ZRToolConvert, levelsFadesFiltersAndTags)
     EXPECT_EQ(tags["TAG:artist"], "Band");
     EXPECT_EQ(tags.count("TAG:major_brand"), 0u);
 
-    convert({ input, folder + "/peak.wav", "--normalize", "peak:-1", "--bits", "32", "--tag", "title=Mastered" });
+    // Tags are named by catalogue key or title.
+    convert({ input, folder + "/peak.wav", "--normalize", "peak:-1", "--bits", "32", "--tag", "title=Mastered", "--tag",
+        "Comments=Second pass" });
     EXPECT_NEAR(peakOf(analyze(folder + "/peak.wav")), -1.0, 0.01);
-    EXPECT_EQ(probe(folder + "/peak.wav")["TAG:title"], "Mastered");
+    tags = probe(folder + "/peak.wav");
+    EXPECT_EQ(tags["TAG:title"], "Mastered");
+    EXPECT_EQ(tags["TAG:comment"], "Second pass");
 
     convert({ input, folder + "/loud.wav", "--normalize", "loudness:-23", "--bits", "32" });
     const ZRToolRun ebur128 = ZRToolRunShell(
@@ -199,8 +215,10 @@ TEST(ZRToolConvert, failuresLeaveNoFileBehind)
     fails({ input, folder + "/out.wav", "--filter", "notch:100" }, 2);
     fails({ input, folder + "/out.wav", "--normalize", "loud" }, 2);
     fails({ input, folder + "/out.wav", "--tag", "novalue" }, 2);
+    EXPECT_NE(
+        fails({ input, folder + "/out.wav", "--tag", "mood=calm" }, 2).find("no tag \"mood\""), std::string::npos);
     // A 64 KiB file-size limit stops the WAVE half way.
-    EXPECT_NE(fails({ input, folder + "/big.wav" }, 1, "ulimit -f 64; ").find("Writing the output file failed"),
+    EXPECT_NE(fails({ input, folder + "/big.wav" }, 1, "ulimit -f 64; ").find("Writing to an audio file failed"),
         std::string::npos);
     // Bytes that are no audio file, and a file cut short after its header.
     ASSERT_EQ(ZRToolRunShell("head -c 5000 /dev/urandom > " + ZRToolQuote(folder + "/random.wav") + " && head -c 40 "
@@ -217,6 +235,32 @@ TEST(ZRToolConvert, failuresLeaveNoFileBehind)
     EXPECT_EQ(names, (std::vector<std::string> { "cut.wav", "in.wav", "random.wav" }));
 }
 
+TEST(ZRToolInfo, namesSoundDesignerIIFilesByTheirFork)
+{
+    const std::string folder = ZRToolScratch("info-sd2");
+    const std::string path = folder + "/take";
+    ASSERT_EQ(
+        ZRToolRunShell("sox -D -n -r 48000 -c 2 -b 16 -e signed -B -t raw " + ZRToolQuote(path) + " synth 1 sine 300")
+            .status,
+        0);
+    ZRResourceMap map;
+    const std::pair<const char*, std::string> texts[]
+        = { { "sample-size", "2" }, { "sample-rate", "48000.000000" }, { "channels", "2" } };
+    int16_t id = 1000;
+    for (const auto& [name, text] : texts) {
+        auto bytes = std::make_shared<ZRData>(1 + text.size(), uint8_t(text.size()));
+        std::copy(text.begin(), text.end(), bytes->begin() + 1);
+        map.add({ id++, ZRFourCharCode("STR "), name, 0, bytes });
+    }
+    ASSERT_TRUE(ZRResourceFork::write(path, *map.data()));
+    const ZRToolRun run = ZRToolRunZr({ "info", "--json", path });
+    ASSERT_EQ(run.status, 0) << run.errors;
+    const QJsonObject file = QJsonDocument::fromJson(QByteArray::fromStdString(run.output)).object();
+    EXPECT_EQ(file["container"].toString(), "Sound Designer II Audio File");
+    EXPECT_EQ(file["data_format"].toString(), "Linear PCM, 16-bit big-endian signed integer, stereo, 48000 Hz");
+    EXPECT_EQ(file["frames"].toInt(), 48000);
+}
+
 TEST(ZRToolInfo, describesContainerFormatLengthAndTags)
 {
     const std::string folder = ZRToolScratch("info");
@@ -230,7 +274,7 @@ TEST(ZRToolInfo, describesContainerFormatLengthAndTags)
     const QJsonArray files = QJsonDocument::fromJson(QByteArray::fromStdString(run.output)).array();
     ASSERT_EQ(files.size(), 2);
     const QJsonObject wave = files[0].toObject(), aac = files[1].toObject();
-    EXPECT_EQ(wave["container"].toString(), "WAVE");
+    EXPECT_EQ(wave["container"].toString(), "WAVE Audio File");
     EXPECT_EQ(wave["data_format"].toString(), "Linear PCM, 24-bit little-endian signed integer, stereo, 48000 Hz");
     EXPECT_EQ(wave["sample_rate"].toDouble(), 48000.0);
     EXPECT_EQ(wave["channels"].toInt(), 2);
@@ -238,13 +282,23 @@ TEST(ZRToolInfo, describesContainerFormatLengthAndTags)
     EXPECT_DOUBLE_EQ(wave["duration_seconds"].toDouble(), 2.5);
     EXPECT_EQ(wave["packets"].toInt(), 120000);
     EXPECT_NEAR(wave["bit_rate"].toDouble(), 48000.0 * 48, 1000.0);
-    EXPECT_EQ(aac["container"].toString(), "M4A");
+    EXPECT_EQ(aac["container"].toString(), "M4A Audio File");
     EXPECT_TRUE(aac["data_format"].toString().startsWith("AAC"));
     EXPECT_EQ(aac["frames"].toInt(), 120000);
     EXPECT_NEAR(aac["bit_rate"].toDouble(), 128000.0, 20000.0);
-    EXPECT_EQ(aac["tags"].toObject()["title"].toString(), "Song");
+    // Tags of the catalogue come first with its key and title; the container's own notes keep only their key.
+    const QJsonArray tags = aac["tags"].toArray();
+    ASSERT_GE(tags.size(), 2);
+    EXPECT_EQ(tags[0].toObject(),
+        (QJsonObject { { "key", "title" }, { "catalogue_key", "title" }, { "title", "Title" }, { "value", "Song" } }));
+    const auto encoder = std::find_if(
+        tags.begin(), tags.end(), [](const QJsonValue& tag) { return tag.toObject()["key"] == "encoder"; });
+    ASSERT_NE(encoder, tags.end());
+    EXPECT_TRUE(encoder->toObject()["catalogue_key"].isNull());
+    EXPECT_TRUE(encoder->toObject()["title"].isNull());
 
     const ZRToolRun text = ZRToolRunZr({ "info", folder + "/in.m4a" });
-    EXPECT_NE(text.output.find("  Container       M4A\n"), std::string::npos) << text.output;
-    EXPECT_NE(text.output.find("  title:          Song\n"), std::string::npos) << text.output;
+    EXPECT_NE(text.output.find("  Container       M4A Audio File\n"), std::string::npos) << text.output;
+    EXPECT_NE(text.output.find("  Title:          Song\n"), std::string::npos) << text.output;
+    EXPECT_NE(text.output.find("  Approximate Duration: 2.5"), std::string::npos) << text.output;
 }

@@ -146,9 +146,11 @@ int analyzeCommand(const AnalyzeOptions& options)
             = Analyzer::analyzerWithFormat(source->sampleRate(), source->channels(), options.basic, &outcome.error);
         if (!analyzer)
             return outcome;
+        // The basic statistics cost far less than reading: two threads read. The full analysis keeps both cores
+        // busy itself.
         if (!readAll(
-                *source, &progress, [&](const ZRNativeAudioBuffer& block) { analyzer->process(block); },
-                &outcome.error))
+                *source, &progress, [&](const ZRNativeAudioBuffer& block) { analyzer->process(block); }, &outcome.error,
+                options.basic ? 2 : 1))
             return outcome;
         const AnalysisResult result = analyzer->finish();
         outcome.output = options.json ? analysisJson(file, result) : analysisText(file, result);

@@ -1,8 +1,10 @@
 #include "Analyzer.h"
 
 #include "LoudnessMeter.h"
+#include "SampleRun.h"
 #include "SpectrumAccumulator.h"
 #include "ToolError.h"
+#include "TruePeakMeter.h"
 
 #include <zrbase/audio/ZRNativeAudioBuffer.h>
 #include <zrbase/dsp/ZRAWeightedFilter.h>
@@ -36,7 +38,9 @@ std::unique_ptr<Analyzer> Analyzer::analyzerWithFormat(
     analyzer->_spectrum
         = SpectrumAccumulator::accumulatorWithResolution(spectrumResolution, ZRFFTBuffer::WindowHann, sampleRate);
     analyzer->_weighted = ZRNativeAudioBuffer::bufferWithChannels(channels, 1, error);
-    if (!analyzer->_loudness || !analyzer->_spectrum || !analyzer->_weighted) {
+    analyzer->_backgroundBlock = ZRNativeAudioBuffer::bufferWithChannels(channels, 1, error);
+    analyzer->_truePeak = std::make_unique<TruePeakMeter>(channels);
+    if (!analyzer->_loudness || !analyzer->_spectrum || !analyzer->_weighted || !analyzer->_backgroundBlock) {
         if (error && !*error)
             *error = toolError("Analysing audio", "the loudness meter or the spectrum could not be set up");
         return nullptr;
@@ -62,42 +66,30 @@ Analyzer::Analyzer(double sampleRate, uint32_t channels, bool basic)
 
 Analyzer::~Analyzer()
 {
-    if (_loudnessWork.valid())
-        _loudnessWork.wait();
+    if (_background.valid())
+        _background.wait();
 }
 
 void Analyzer::process(const ZRNativeAudioBuffer& block)
 {
     const uint32_t frames = block.frames();
     for (uint32_t c = 0; c < _channels; ++c) {
-        const float* samples = block.channel(c);
+        SampleRun run;
+        run.add(block.channel(c), frames);
         Sums& sums = _sums[c];
-        double sum = 0.0, squares = 0.0;
-        float peak = sums.peak, minimum = sums.minimum, maximum = sums.maximum;
-        uint64_t clipped = 0;
-        for (uint32_t i = 0; i < frames; ++i) {
-            const float x = samples[i];
-            sum += x;
-            squares += double(x) * x;
-            minimum = std::min(minimum, x);
-            maximum = std::max(maximum, x);
-            clipped += std::fabs(x) >= 1.0f;
-        }
+        sums.sum += run.sum;
+        sums.squares += run.squares;
+        sums.minimum = std::min(sums.minimum, run.minimum);
+        sums.maximum = std::max(sums.maximum, run.maximum);
         if (frames > 0)
-            peak = std::max({ peak, maximum, -minimum });
-        sums.sum += sum;
-        sums.squares += squares;
-        sums.peak = peak;
-        sums.minimum = minimum;
-        sums.maximum = maximum;
-        sums.clipped += clipped;
+            sums.peak = std::max({ sums.peak, run.maximum, -run.minimum });
+        sums.clipped += run.clipped;
     }
     _frames += frames;
     if (_basic)
         return;
-    _processLoudness(block);
+    _startBackground(block);
     _processWeighting(block);
-    _spectrum->process(block);
 }
 
 void Analyzer::_processWeighting(const ZRNativeAudioBuffer& block)
@@ -110,30 +102,35 @@ void Analyzer::_processWeighting(const ZRNativeAudioBuffer& block)
             std::copy_n(block.channel(c), frames, _weighted->channel(c));
         _weightings[w]->filter(*_weighted);
         for (uint32_t c = 0; c < _channels; ++c) {
-            const float* samples = _weighted->channel(c);
-            double squares = 0.0;
-            for (uint32_t i = 0; i < frames; ++i)
-                squares += double(samples[i]) * samples[i];
-            _sums[c].weightedSquares[w] += squares;
+            SampleRun run;
+            run.add(_weighted->channel(c), frames);
+            _sums[c].weightedSquares[w] += run.squares;
         }
     }
 }
 
-void Analyzer::_processLoudness(const ZRNativeAudioBuffer& block)
+void Analyzer::_startBackground(const ZRNativeAudioBuffer& block)
 {
-    // The meter's buffer is free once its work on the previous block is done.
-    if (_loudnessWork.valid())
-        _loudnessWork.wait();
-    std::vector<float>& interleaved = _interleaved;
+    // The background's copy of the block is free once its work on the previous block is done.
+    if (_background.valid())
+        _background.wait();
     const uint32_t frames = block.frames();
-    interleaved.resize(size_t(frames) * _channels);
-    for (uint32_t c = 0; c < _channels; ++c) {
-        const float* samples = block.channel(c);
-        for (uint32_t i = 0; i < frames; ++i)
-            interleaved[size_t(i) * _channels + c] = samples[i];
-    }
-    _loudnessWork
-        = std::async(std::launch::async, [this, &interleaved, frames] { _loudness->add(interleaved.data(), frames); });
+    if (_backgroundBlock->frames() != frames)
+        _backgroundBlock->setFrames(frames);
+    for (uint32_t c = 0; c < _channels; ++c)
+        std::copy_n(block.channel(c), frames, _backgroundBlock->channel(c));
+    _background = std::async(std::launch::async, [this, frames] {
+        const ZRNativeAudioBuffer& copy = *_backgroundBlock;
+        _interleaved.resize(size_t(frames) * _channels);
+        for (uint32_t c = 0; c < _channels; ++c) {
+            const float* samples = copy.channel(c);
+            for (uint32_t i = 0; i < frames; ++i)
+                _interleaved[size_t(i) * _channels + c] = samples[i];
+        }
+        _loudness->add(_interleaved.data(), frames);
+        _truePeak->process(copy);
+        _spectrum->process(copy);
+    });
 }
 
 AnalysisResult Analyzer::finish()
@@ -144,8 +141,8 @@ AnalysisResult Analyzer::finish()
     result.frames = _frames;
     result.basic = _basic;
     if (!_basic) {
-        if (_loudnessWork.valid())
-            _loudnessWork.wait();
+        if (_background.valid())
+            _background.wait();
         _loudness->finish();
         result.integratedLufs = _loudness->integratedLufs();
         result.loudnessRangeLu = _loudness->loudnessRangeLu();
@@ -171,7 +168,7 @@ AnalysisResult Analyzer::finish()
         statistics.maximum = sums.maximum;
         statistics.clippedSamples = sums.clipped;
         if (!_basic) {
-            statistics.truePeak = std::max(_loudness->truePeak(c), double(sums.peak));
+            statistics.truePeak = double(std::max(_truePeak->truePeak(c), sums.peak));
             statistics.aWeightedRms = std::sqrt(sums.weightedSquares[0] / count);
             statistics.bWeightedRms = std::sqrt(sums.weightedSquares[1] / count);
             statistics.cWeightedRms = std::sqrt(sums.weightedSquares[2] / count);

@@ -15,6 +15,7 @@ namespace zr {
 
 class LoudnessMeter;
 class SpectrumAccumulator;
+class TruePeakMeter;
 
 // Levels as linear amplitudes relative to full scale (1.0).
 struct LevelStatistics {
@@ -54,9 +55,10 @@ struct AnalysisResult {
 };
 
 // One pass over a signal, block after block: sample statistics per channel, A-, B- and C-weighted RMS through the
-// library's filters, EBU R128 loudness and 4× oversampled true peak through libebur128, and the average spectrum
-// of the channels' mix through the FFT buffer, with its centroid, roll-off and pitch estimate. The loudness meter,
-// the costliest part, measures each block on a thread of its own while the rest measures the next one.
+// library's filters, EBU R128 loudness through libebur128, the 4× oversampled true peak, and the average spectrum
+// of the channels' mix through the FFT buffer, with its centroid, roll-off and pitch estimate. Loudness, true peak
+// and spectrum measure a copy of each block on a thread of their own while the calling thread weights it and reads
+// the next one: the two halves cost about the same.
 class Analyzer {
 public:
     // The fraction of the spectrum's summed magnitude below the roll-off frequency.
@@ -88,7 +90,7 @@ private:
 
     Analyzer(double sampleRate, uint32_t channels, bool basic);
     void _processWeighting(const ZRNativeAudioBuffer& block);
-    void _processLoudness(const ZRNativeAudioBuffer& block);
+    void _startBackground(const ZRNativeAudioBuffer& block);
 
     double _sampleRate;
     uint32_t _channels;
@@ -99,11 +101,12 @@ private:
     std::unique_ptr<ZRFilter> _weightings[3];
     std::unique_ptr<ZRNativeAudioBuffer> _weighted;
 
-    std::unique_ptr<LoudnessMeter> _loudness;
-    // The interleaved block the meter works on.
+    // The background thread's work: its copy of the block, the loudness meter's interleaved frames.
+    std::future<void> _background;
+    std::unique_ptr<ZRNativeAudioBuffer> _backgroundBlock;
     std::vector<float> _interleaved;
-    std::future<void> _loudnessWork;
-
+    std::unique_ptr<LoudnessMeter> _loudness;
+    std::unique_ptr<TruePeakMeter> _truePeak;
     std::unique_ptr<SpectrumAccumulator> _spectrum;
 };
 

@@ -1,8 +1,10 @@
 #include "AudioSource.h"
 
+#include "BlockPrefetcher.h"
 #include "FileAudioSource.h"
 #include "ProgressBar.h"
 #include "RawAudioSource.h"
+#include "ToolError.h"
 
 #include <zrbase/audio/ZRNativeAudioBuffer.h>
 
@@ -15,25 +17,28 @@ std::unique_ptr<AudioSource> AudioSource::open(const std::string& path, const So
     return FileAudioSource::open(path, error);
 }
 
-bool readAll(AudioSource& source, ProgressBar* progress,
-    const std::function<void(const ZRNativeAudioBuffer& block)>& consume, ZRErrorPtr* error)
+bool AudioSource::seek(uint64_t, ZRErrorPtr* error)
 {
-    // 64 Ki frames: large enough that per-block costs vanish, small enough to stay in the cache's reach.
-    constexpr uint32_t blockFrames = 65536;
-    std::unique_ptr<ZRNativeAudioBuffer> block
-        = ZRNativeAudioBuffer::bufferWithChannels(source.channels(), blockFrames, error);
-    if (!block)
+    if (error)
+        *error = toolError("Reading from an audio file", "the input cannot move to another place");
+    return false;
+}
+
+bool readAll(AudioSource& source, ProgressBar* progress,
+    const std::function<void(const ZRNativeAudioBuffer& block)>& consume, ZRErrorPtr* error, uint32_t threads)
+{
+    std::unique_ptr<BlockPrefetcher> blocks = BlockPrefetcher::prefetcherWithSource(source, threads, error);
+    if (!blocks)
         return false;
-    for (;;) {
-        const std::optional<uint32_t> frames = source.read(*block, error);
-        if (!frames)
-            return false;
-        if (*frames == 0)
-            return true;
+    ZRErrorPtr failure;
+    while (const ZRNativeAudioBuffer* block = blocks->next(&failure)) {
         consume(*block);
         if (progress)
-            progress->add(*frames);
+            progress->add(block->frames());
     }
+    if (error && failure)
+        *error = failure;
+    return !failure;
 }
 
 }

@@ -4,6 +4,7 @@
 #include "WaveformWriter.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -103,6 +104,10 @@ std::vector<std::string> spectrumWindowNames();
 // The names --format and --type of convert take.
 std::vector<std::string> convertFormatNames();
 std::vector<std::string> convertTypeNames();
+
+// The information-dictionary key of a tag that --tag names by its catalogue key or title ("trackNumber" or
+// "Track Number" give "track number"); none for names outside the catalogue.
+std::optional<std::string> tagInfoKey(const std::string& name);
 
 // The type of an output: the type given, else the path's extension in lower case ("" for none).
 std::string outputType(const std::string& path, const std::string& type);

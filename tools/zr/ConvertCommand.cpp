@@ -1,4 +1,6 @@
 #include "Analyzer.h"
+#include "AudioFileSink.h"
+#include "BlockPrefetcher.h"
 #include "Commands.h"
 #include "FileAudioSource.h"
 #include "FileJobs.h"
@@ -8,9 +10,8 @@
 #include "ToolError.h"
 
 #include <zrbase/audio/ZRNativeAudioBuffer.h>
-#include <zrbase/host/audio/ZRAudioConverterService.h>
-#include <zrbase/host/audio/ZRAudioFileService.h>
-#include <zrbase/host/audio/ZRAudioFormatService.h>
+#include <zrbase/codec/ZRConverter.h>
+#include <zrbase/codec/ZRMetadata.h>
 
 #include <algorithm>
 #include <atomic>
@@ -59,37 +60,84 @@ namespace {
         return names;
     }
 
-    // The tags a conversion carries over: what a listener reads, not what the old container recorded about
-    // itself.
-    bool isCopiedTag(const std::string& key)
+    // The tags a conversion carries over: what a listener reads, not what the old file recorded about its
+    // encoding.
+    constexpr uint32_t copiedTagCategories = 1 | 2 | 4;
+
+    // The input's tags that a conversion carries over, and those given.
+    ZRDictionary outputTags(const AudioSource& source, const std::vector<std::string>& given)
     {
-        static const char* const keys[] = { "title", "artist", "album", "genre", "year", "comments", "composer",
-            "copyright", "track number", "lyricist", "tempo", "key signature", "time signature", "ISRC" };
-        return std::find(std::begin(keys), std::end(keys), key) != std::end(keys);
+        ZRDictionary tags;
+        std::unique_ptr<ZRCoreAudioFile> file;
+        if (const auto* input = dynamic_cast<const FileAudioSource*>(&source))
+            file = input->containerFile();
+        if (const std::optional<ZRDictionary> properties = file ? file->properties() : std::nullopt)
+            for (const auto& [rawKey, value] : *properties)
+                if (const std::optional<std::string> key = ZRMetadata::keyForInfoDictionaryFormatKey(rawKey);
+                    key && (ZRMetadata::categoryMaskForKey(*key) & copiedTagCategories))
+                    tags[rawKey] = value;
+        for (const std::string& tag : given) {
+            const size_t equals = tag.find('=');
+            tags[*tagInfoKey(tag.substr(0, equals))] = ZRPropertyList(tag.substr(equals + 1));
+        }
+        return tags;
     }
 
-    AudioStreamBasicDescription fileFormatFor(
-        AudioFileTypeID container, AudioFormatID formatID, double rate, uint32_t channels, uint32_t bits)
-    {
-        AudioStreamBasicDescription format {};
-        format.mFormatID = formatID;
-        format.mChannelsPerFrame = channels;
-        format.mSampleRate = rate;
-        if (formatID == kAudioFormatLinearPCM) {
-            const bool bigEndian = container == kAudioFileAIFFType || container == kAudioFileAIFCType;
-            // WAVE keeps 8-bit samples unsigned; 32 bits are float.
-            format.mFormatFlags
-                = (bits == 32                                            ? kAudioFormatFlagIsFloat
-                          : bits == 8 && container == kAudioFileWAVEType ? 0
-                                                                         : kAudioFormatFlagIsSignedInteger)
-                | (bigEndian && bits > 8 ? kAudioFormatFlagIsBigEndian : 0);
-            format.mBitsPerChannel = bits;
-        } else if (formatID == kAudioFormatAppleLossless) {
-            // The source depth the lossless encoder keeps: 16, 20, 24 or 32 bits.
-            format.mFormatFlags = bits == 20 ? 2 : bits == 24 ? 3 : bits == 32 ? 4 : 1;
+    // Blocks of the input through the signal chain, one at a time, for the rate converter that pulls them.
+    struct ProcessedInput {
+        BlockPrefetcher& blocks;
+        SignalChain& chain;
+        ProgressBar& progress;
+        ZRErrorPtr error;
+
+        // The next processed block; null at the end or on a failure (with the error).
+        const ZRNativeAudioBuffer* next()
+        {
+            const ZRNativeAudioBuffer* block = blocks.next(&error);
+            if (!block)
+                return nullptr;
+            progress.add(block->frames());
+            return &chain.process(*block);
         }
-        ZRAudioFormatService::complete(format);
-        return format;
+
+        static OSStatus pull(
+            AudioConverterRef, uint32_t* packets, AudioBufferList* list, AudioStreamPacketDescription**, void* userData)
+        {
+            auto& input = *static_cast<ProcessedInput*>(userData);
+            const ZRNativeAudioBuffer* block = input.next();
+            *packets = block ? block->frames() : 0;
+            for (uint32_t c = 0; block && c < list->mNumberBuffers; ++c)
+                list->mBuffers[c] = { 1, block->frames() * uint32_t(sizeof(float)), block->channel(c) };
+            return input.error ? kAudioConverterErr_UnspecifiedError : noErr;
+        }
+    };
+
+    // The whole input through the chain and the rate converter into the sink.
+    bool resampleInto(
+        ProcessedInput& input, ZRConverter& converter, uint32_t channels, AudioFileSink& sink, ZRErrorPtr* error)
+    {
+        std::unique_ptr<ZRNativeAudioBuffer> output
+            = ZRNativeAudioBuffer::bufferWithChannels(channels, blockFrames, error);
+        if (!output)
+            return false;
+        const uint32_t room = output->frames();
+        converter.setCallback(ProcessedInput::pull, &input);
+        for (;;) {
+            output->setFrames(room);
+            ZRErrorPtr failure;
+            const uint32_t frames = converter.convertToNativeBufferUsingCallback(*output, &failure);
+            // The reader's failure says more than the converter's that it caused.
+            if (input.error || failure) {
+                if (error)
+                    *error = input.error ? input.error : failure;
+                return false;
+            }
+            if (frames == 0)
+                return true;
+            output->setFrames(frames);
+            if (!sink.write(*output, error))
+                return false;
+        }
     }
 
     // A name beside the target, not yet taken, for the output under way.
@@ -191,74 +239,46 @@ namespace {
         if (source->frames())
             progress.addTotal(*source->frames());
 
-        // The tags of the input, where it has any, and those given.
-        ZRDictionary tags;
-        if (!options.common.format.isRaw()) {
-            AudioFileID input = nullptr;
-            if (const std::optional<std::string> readable = readablePath(options.input);
-                readable && ZRAudioFileService::open(*readable, input) == noErr) {
-                ZRDictionary inputTags;
-                ZRAudioFileService::infoDictionary(input, inputTags);
-                ZRAudioFileService::close(input);
-                for (auto& [key, value] : inputTags)
-                    if (isCopiedTag(key))
-                        tags[key] = value;
-            }
-        }
-        for (const std::string& tag : options.tags) {
-            const size_t equals = tag.find('=');
-            tags[tag.substr(0, equals)] = ZRPropertyList(tag.substr(equals + 1));
-        }
-
-        const uint32_t bits = options.bits ? options.bits : 16;
-        const AudioStreamBasicDescription fileFormat
-            = fileFormatFor(kind->second.container, formatID, rate, channels, bits);
+        SinkFormat format;
+        format.container = kind->second.container;
+        format.format = formatID;
+        format.rate = rate;
+        format.channels = channels;
+        format.bits = options.bits ? options.bits : 16;
+        format.bitRate = options.bitRate * 1000;
+        if (!options.common.format.isRaw())
+            format.tags = outputTags(*source, options.tags);
         const std::string target = options.output == "-" ? "/tmp/zr-output" : options.output;
         const std::string temporary = temporaryPathFor(target);
-        ExtAudioFileRef file = nullptr;
-        OSStatus status = ZRExtAudioFileService::create(temporary, kind->second.container, fileFormat, file);
-        if (status == noErr)
-            status
-                = ZRExtAudioFileService::setClientDataFormat(file, nativeFloatFormat(source->sampleRate(), channels));
-        if (status == noErr && options.bitRate) {
-            AudioConverterRef converter = nullptr;
-            if (ZRExtAudioFileService::audioConverter(file, converter) == noErr)
-                status = ZRAudioConverterService::setBitRate(converter, options.bitRate * 1000);
+        std::unique_ptr<AudioFileSink> sink = AudioFileSink::sinkWithPath(temporary, format, &outcome.error);
+        std::unique_ptr<ZRConverter> converter;
+        if (sink && rate != source->sampleRate())
+            converter = ZRConverter::converterWithSourceFormat(ZRAudioStreamDescription(source->sampleRate(), channels),
+                ZRAudioStreamDescription(rate, channels), &outcome.error);
+        bool written = sink && (converter || rate == source->sampleRate());
+        if (written && converter) {
+            std::unique_ptr<BlockPrefetcher> blocks = BlockPrefetcher::prefetcherWithSource(*source, 1, &outcome.error);
+            written = blocks != nullptr;
+            if (written) {
+                ProcessedInput input { *blocks, *chain, progress, nullptr };
+                written = resampleInto(input, *converter, channels, *sink, &outcome.error);
+            }
+        } else if (written) {
+            written = readAll(
+                          *source, &progress,
+                          [&](const ZRNativeAudioBuffer& block) {
+                              if (!outcome.error)
+                                  sink->write(chain->process(block), &outcome.error);
+                          },
+                          &outcome.error)
+                && !outcome.error;
         }
-        if (status == noErr && !tags.empty()) {
-            AudioFileID audioFile = nullptr;
-            if (ZRExtAudioFileService::audioFile(file, audioFile) == noErr)
-                status = ZRAudioFileService::setInfoDictionary(audioFile, tags);
-        }
-        const auto fail = [&](OSStatus failure) {
-            if (file)
-                ZRExtAudioFileService::dispose(file);
+        written = written && sink->close(&outcome.error);
+        sink.reset();
+        if (!written) {
             ::unlink(temporary.c_str());
-            if (!outcome.error)
-                outcome.error = failure == noErr ? toolError(writeAction, "the output could not be finished")
-                                                 : audioFileError(failure, writeAction);
             return outcome;
-        };
-        if (status != noErr)
-            return fail(status);
-
-        OSStatus writeStatus = noErr;
-        if (!readAll(
-                *source, &progress,
-                [&](const ZRNativeAudioBuffer& block) {
-                    if (writeStatus != noErr)
-                        return;
-                    const ZRNativeAudioBuffer& processed = chain->process(block);
-                    writeStatus = ZRExtAudioFileService::write(file, processed.frames(), processed.list());
-                },
-                &outcome.error))
-            return fail(noErr);
-        if (writeStatus != noErr)
-            return fail(writeStatus);
-        status = ZRExtAudioFileService::dispose(file);
-        file = nullptr;
-        if (status != noErr)
-            return fail(status);
+        }
         if (options.output == "-") {
             copyToStandardOutput(temporary, &outcome.error);
             ::unlink(temporary.c_str());
@@ -271,6 +291,12 @@ namespace {
         return outcome;
     }
 
+}
+
+std::optional<std::string> tagInfoKey(const std::string& name)
+{
+    std::optional<std::string> key = ZRMetadata::keyExists(name) ? name : ZRMetadata::keyForTitle(name);
+    return key ? ZRMetadata::infoDictionaryFormatKeyForKey(*key) : std::nullopt;
 }
 
 std::vector<std::string> convertFormatNames() { return namesOf(formatNames()); }

@@ -1,11 +1,13 @@
 #include "FileAudioSource.h"
 
 #include "OutputFile.h"
-#include "ToolError.h"
 
 #include <zrbase/audio/ZRNativeAudioBuffer.h>
+#include <zrbase/codec/ZRCoreAudioFile.h>
+#include <zrbase/codec/ZRExtCoreAudioFile.h>
 #include <zrbase/core/ZRCoreAudioFileError.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
@@ -16,28 +18,9 @@ namespace zr {
 
 static const char* const openAction = "Opening an audio file";
 
-ZRErrorPtr audioFileError(OSStatus status, std::string_view action)
-{
-    if (ZRCoreAudioFileError::failureReasonForError(status))
-        return ZRCoreAudioFileError::errorWithCode(status, action);
-    return toolError(action, "the audio file service answered " + std::to_string(status) + ".");
-}
-
-AudioStreamBasicDescription nativeFloatFormat(double sampleRate, uint32_t channels)
-{
-    AudioStreamBasicDescription format {};
-    format.mSampleRate = sampleRate;
-    format.mFormatID = kAudioFormatLinearPCM;
-    format.mFormatFlags = kAudioFormatFlagsNativeFloatPacked | kAudioFormatFlagIsNonInterleaved;
-    format.mBytesPerPacket = sizeof(float);
-    format.mFramesPerPacket = 1;
-    format.mBytesPerFrame = sizeof(float);
-    format.mChannelsPerFrame = channels;
-    format.mBitsPerChannel = 32;
-    return format;
-}
-
-std::optional<std::string> readablePath(const std::string& path, ZRErrorPtr* error)
+// The path to open for an input: "-" is standard input, which is copied to an unnamed temporary file when it is a
+// pipe (the container reader needs to seek); the copy lives as long as the process.
+static std::optional<std::string> readablePath(const std::string& path, ZRErrorPtr* error)
 {
     if (path != "-")
         return path;
@@ -70,68 +53,77 @@ std::optional<std::string> readablePath(const std::string& path, ZRErrorPtr* err
 
 std::unique_ptr<FileAudioSource> FileAudioSource::open(const std::string& path, ZRErrorPtr* error)
 {
-    const std::optional<std::string> readable = readablePath(path, error);
-    if (!readable)
+    std::optional<std::string> location = readablePath(path, error);
+    if (!location)
         return nullptr;
-    const std::string& location = *readable;
-    // The service knows missing files; what the system says about folders and permissions reads clearer.
+    // The audio file knows missing files; what the system says about folders and permissions reads clearer.
     struct stat status { };
-    int failure = ::stat(location.c_str(), &status) != 0 ? errno : 0;
+    int failure = ::stat(location->c_str(), &status) != 0 ? errno : 0;
     if (!failure && S_ISDIR(status.st_mode))
         failure = EISDIR;
-    if (!failure && ::access(location.c_str(), R_OK) != 0)
+    if (!failure && ::access(location->c_str(), R_OK) != 0)
         failure = errno;
     if (failure) {
         if (error)
             *error = fileError(failure, openAction);
         return nullptr;
     }
-
-    ExtAudioFileRef file = nullptr;
-    AudioStreamBasicDescription format {};
-    OSStatus result = ZRExtAudioFileService::open(location, file);
-    if (result == noErr)
-        result = ZRExtAudioFileService::fileDataFormat(file, format);
-    if (result == noErr && (format.mChannelsPerFrame == 0 || !(format.mSampleRate > 0)))
-        result = kAudioFileUnsupportedDataFormatError;
-    if (result == noErr)
-        result = ZRExtAudioFileService::setClientDataFormat(
-            file, nativeFloatFormat(format.mSampleRate, format.mChannelsPerFrame));
-    if (result != noErr) {
-        if (file)
-            ZRExtAudioFileService::dispose(file);
+    std::unique_ptr<ZRExtCoreAudioFile> file = ZRExtCoreAudioFile::openForReadingWithPath(*location, error);
+    if (!file)
+        return nullptr;
+    std::unique_ptr<FileAudioSource> source(new FileAudioSource(path, std::move(*location), std::move(file)));
+    if (source->_format.channels() == 0 || !(source->_format.rate() > 0)) {
         if (error)
-            *error = audioFileError(result, openAction);
+            *error = ZRCoreAudioFileError::errorWithCode(kAudioFileUnsupportedDataFormatError, openAction);
         return nullptr;
     }
-    std::unique_ptr<FileAudioSource> source(new FileAudioSource(path, file, format));
-    int64_t frames = 0;
-    if (ZRExtAudioFileService::fileLengthFrames(file, frames) == noErr && frames > 0)
-        source->_frames = uint64_t(frames);
     return source;
 }
 
-FileAudioSource::FileAudioSource(std::string path, ExtAudioFileRef file, const AudioStreamBasicDescription& format)
+FileAudioSource::FileAudioSource(std::string path, std::string location, std::unique_ptr<ZRExtCoreAudioFile> file)
     : _path(std::move(path))
-    , _file(file)
-    , _format(format)
+    , _location(std::move(location))
+    , _file(std::move(file))
+    , _format(_file->format())
 {
+    if (const int64_t frames = _file->framesLong(); frames > 0)
+        _frames = uint64_t(frames);
 }
 
-FileAudioSource::~FileAudioSource() { ZRExtAudioFileService::dispose(_file); }
+FileAudioSource::~FileAudioSource() = default;
+
+std::unique_ptr<ZRCoreAudioFile> FileAudioSource::containerFile(ZRErrorPtr* error) const
+{
+    return ZRCoreAudioFile::fileWithPath(_location, error);
+}
+
+uint64_t FileAudioSource::byteSize() const noexcept
+{
+    struct stat status { };
+    return ::stat(_location.c_str(), &status) == 0 && S_ISREG(status.st_mode) ? uint64_t(status.st_size) : 0;
+}
+
+std::unique_ptr<AudioSource> FileAudioSource::parallelReader() const
+{
+    if (_format.format() != kAudioFormatLinearPCM)
+        return nullptr;
+    std::unique_ptr<ZRExtCoreAudioFile> file = ZRExtCoreAudioFile::openForReadingWithPath(_location);
+    if (!file)
+        return nullptr;
+    return std::unique_ptr<AudioSource>(new FileAudioSource(_path, _location, std::move(file)));
+}
+
+bool FileAudioSource::seek(uint64_t frame, ZRErrorPtr* error)
+{
+    // Past the end the next read finds the end.
+    return _file->seekToFrame(int64_t(std::min(frame, _frames.value_or(frame))), error);
+}
 
 std::optional<uint32_t> FileAudioSource::read(ZRNativeAudioBuffer& block, ZRErrorPtr* error)
 {
-    uint32_t frames = block.frames();
-    AudioBufferList* list = block.list();
-    for (uint32_t c = 0; c < list->mNumberBuffers; ++c)
-        list->mBuffers[c].mDataByteSize = frames * uint32_t(sizeof(float));
-    const OSStatus status = ZRExtAudioFileService::read(_file, frames, list);
-    if (status != noErr) {
-        if (error)
-            *error = audioFileError(status, "Reading from an audio file");
+    uint32_t frames = 0;
+    if (!_file->readBuffer(block, &frames, error))
         return std::nullopt;
-    }
     if (frames < block.frames())
         block.setFrames(frames);
     return frames;

@@ -2,43 +2,45 @@
 
 #include "AudioSource.h"
 
-#include <zrbase/host/audio/ZRExtAudioFileService.h>
+#include <zrbase/audio/ZRAudioStreamDescription.h>
+
+class ZRCoreAudioFile;
+class ZRExtCoreAudioFile;
 
 namespace zr {
 
-// An audio file in any container and format the library reads, decoded to native float through the extended
-// audio file service. Standard input works for containers that can be read front to back.
+// An audio file in any container and format the library reads, decoded to native float by the extended audio
+// file. Standard input works for containers that can be read front to back.
 class FileAudioSource final : public AudioSource {
 public:
     static std::unique_ptr<FileAudioSource> open(const std::string& path, ZRErrorPtr* error = nullptr);
     ~FileAudioSource() override;
 
     const std::string& path() const noexcept override { return _path; }
-    double sampleRate() const noexcept override { return _format.mSampleRate; }
-    uint32_t channels() const noexcept override { return _format.mChannelsPerFrame; }
+    double sampleRate() const noexcept override { return _format.rate(); }
+    uint32_t channels() const noexcept override { return _format.channels(); }
     std::optional<uint64_t> frames() const noexcept override { return _frames; }
     std::optional<uint32_t> read(ZRNativeAudioBuffer& block, ZRErrorPtr* error = nullptr) override;
+    // Linear PCM only: its frames lie at known places in the file.
+    std::unique_ptr<AudioSource> parallelReader() const override;
+    bool seek(uint64_t frame, ZRErrorPtr* error = nullptr) override;
 
     // The file's own data format.
-    const AudioStreamBasicDescription& fileFormat() const noexcept { return _format; }
+    const ZRAudioStreamDescription& fileFormat() const noexcept { return _format; }
+    // The same file opened for its container's facts: name, packets, channel layout and tags.
+    std::unique_ptr<ZRCoreAudioFile> containerFile(ZRErrorPtr* error = nullptr) const;
+    // The file's size in bytes, 0 when it is no regular file.
+    uint64_t byteSize() const noexcept;
 
 private:
-    FileAudioSource(std::string path, ExtAudioFileRef file, const AudioStreamBasicDescription& format);
+    FileAudioSource(std::string path, std::string location, std::unique_ptr<ZRExtCoreAudioFile> file);
 
     std::string _path;
-    ExtAudioFileRef _file;
-    AudioStreamBasicDescription _format;
+    // Where the file is read: the path, or the copy of standard input.
+    std::string _location;
+    std::unique_ptr<ZRExtCoreAudioFile> _file;
+    ZRAudioStreamDescription _format;
     std::optional<uint64_t> _frames;
 };
-
-// The path to open for an input: "-" is standard input, which is copied to an unnamed temporary file when it is a
-// pipe (the container reader needs to seek); the copy lives as long as the process.
-std::optional<std::string> readablePath(const std::string& path, ZRErrorPtr* error = nullptr);
-
-// An error of the audio file service's result code.
-ZRErrorPtr audioFileError(OSStatus status, std::string_view action);
-
-// The library's native float layout at a rate and channel count.
-AudioStreamBasicDescription nativeFloatFormat(double sampleRate, uint32_t channels);
 
 }

@@ -3,6 +3,8 @@
 #include <ebur128.h>
 
 #include <algorithm>
+#include <cmath>
+#include <utility>
 
 namespace zr {
 
@@ -15,7 +17,7 @@ struct LoudnessMeter::State {
 std::unique_ptr<LoudnessMeter> LoudnessMeter::meterWithFormat(double sampleRate, uint32_t channels)
 {
     ebur128_state* meter = ebur128_init(channels, static_cast<unsigned long>(std::lround(sampleRate)),
-        EBUR128_MODE_M | EBUR128_MODE_S | EBUR128_MODE_I | EBUR128_MODE_LRA | EBUR128_MODE_TRUE_PEAK);
+        EBUR128_MODE_M | EBUR128_MODE_I | EBUR128_MODE_LRA);
     if (!meter)
         return nullptr;
     return std::unique_ptr<LoudnessMeter>(
@@ -36,32 +38,61 @@ LoudnessMeter::~LoudnessMeter() = default;
 void LoudnessMeter::add(const float* interleaved, uint32_t frames)
 {
     while (frames > 0) {
+        // Whole steps go to the meter straight from the caller's frames.
+        if (_pendingFrames == 0 && frames >= _stepFrames) {
+            _step(interleaved, _stepFrames);
+            interleaved += size_t(_stepFrames) * _channels;
+            frames -= _stepFrames;
+            continue;
+        }
         const uint32_t count = std::min(frames, _stepFrames - _pendingFrames);
         std::copy_n(interleaved, size_t(count) * _channels, _pending.data() + size_t(_pendingFrames) * _channels);
         _pendingFrames += count;
         interleaved += size_t(count) * _channels;
         frames -= count;
         if (_pendingFrames == _stepFrames)
-            _step();
+            _step(_pending.data(), std::exchange(_pendingFrames, 0));
     }
 }
 
-void LoudnessMeter::_step()
+// Loudness in LUFS from a mean square of K-weighted samples and back, as BS.1770 defines it.
+static double loudnessOfEnergy(double energy) { return energy > 0.0 ? -0.691 + 10.0 * std::log10(energy) : -HUGE_VAL; }
+static double energyOfLoudness(double lufs)
 {
-    ebur128_add_frames_float(_state->meter, _pending.data(), _pendingFrames);
-    _frames += _pendingFrames;
-    _pendingFrames = 0;
-    double value;
-    if (ebur128_loudness_momentary(_state->meter, &value) == EBUR128_SUCCESS)
-        _maxMomentary = std::max(_maxMomentary, value);
-    if (_frames >= uint64_t(_sampleRate * 3.0) && ebur128_loudness_shortterm(_state->meter, &value) == EBUR128_SUCCESS)
-        _maxShortTerm = std::max(_maxShortTerm, value);
+    return std::isfinite(lufs) ? std::pow(10.0, (lufs + 0.691) / 10.0) : 0.0;
+}
+
+void LoudnessMeter::_step(const float* interleaved, uint32_t frames)
+{
+    ebur128_add_frames_float(_state->meter, interleaved, frames);
+    double lufs = -HUGE_VAL;
+    ebur128_loudness_window(_state->meter, uint32_t(std::lround(frames * 1000.0 / _sampleRate)), &lufs);
+    // Older steps leave the sums as newer ones enter; the sums are taken afresh every so often so that rounding
+    // never builds up.
+    const double energy = energyOfLoudness(lufs);
+    double& slot = _energies[_steps % 30];
+    _shortTermEnergy += energy - slot;
+    _momentaryEnergy += energy - (_steps >= 4 ? _energies[(_steps - 4) % 30] : 0.0);
+    slot = energy;
+    _steps += 1;
+    if (_steps % 30 == 0) {
+        _shortTermEnergy = 0.0;
+        for (const double e : _energies)
+            _shortTermEnergy += e;
+        _momentaryEnergy = 0.0;
+        for (uint64_t i = 1; i <= 4; ++i)
+            _momentaryEnergy += _energies[(_steps - i) % 30];
+    }
+    // Before 400 ms the window holds silence, as the meter's does.
+    _maxMomentary = std::max(_maxMomentary, loudnessOfEnergy(_momentaryEnergy / 4.0));
+    if (_steps >= 30)
+        _maxShortTerm = std::max(_maxShortTerm, loudnessOfEnergy(_shortTermEnergy / 30.0));
 }
 
 void LoudnessMeter::finish()
 {
     if (_pendingFrames > 0)
-        _step();
+        _step(_pending.data(), std::exchange(_pendingFrames, 0));
 }
 
 double LoudnessMeter::integratedLufs() const
@@ -75,13 +106,6 @@ double LoudnessMeter::loudnessRangeLu() const
 {
     double value = 0.0;
     ebur128_loudness_range(_state->meter, &value);
-    return value;
-}
-
-double LoudnessMeter::truePeak(uint32_t channel) const
-{
-    double value = 0.0;
-    ebur128_true_peak(_state->meter, channel, &value);
     return value;
 }
 

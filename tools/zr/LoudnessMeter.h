@@ -7,9 +7,11 @@
 
 namespace zr {
 
-// EBU R128 loudness and 4× oversampled true peak through libebur128, fed with interleaved frames. The momentary and
-// short-term loudness are read every 100 ms, as a meter's display reads them, the short-term one from its first
-// full three seconds on, so that their largest values come out as a meter would show them.
+// EBU R128 loudness through libebur128, fed with interleaved frames. The momentary and short-term loudness are read
+// every 100 ms, as a meter's display reads them, the short-term one from its first full three seconds on, so that
+// their largest values come out as a meter would show them. Each step asks libebur128 only for the energy of its
+// own 100 ms; the 400 ms and 3 s windows are running sums of those, so a step costs its own samples, not the
+// window's.
 class LoudnessMeter {
 public:
     // Null when libebur128 cannot be set up for the format.
@@ -26,13 +28,12 @@ public:
     double loudnessRangeLu() const;
     double maxMomentaryLufs() const noexcept { return _maxMomentary; }
     double maxShortTermLufs() const noexcept { return _maxShortTerm; }
-    // The largest true peak of a channel, as a linear amplitude.
-    double truePeak(uint32_t channel) const;
 
 private:
     struct State;
     LoudnessMeter(std::unique_ptr<State> state, double sampleRate, uint32_t channels);
-    void _step();
+    // Measures one 100 ms step (the last one may be shorter).
+    void _step(const float* interleaved, uint32_t frames);
 
     std::unique_ptr<State> _state;
     double _sampleRate;
@@ -41,7 +42,11 @@ private:
     std::vector<float> _pending;
     uint32_t _pendingFrames = 0;
     uint32_t _stepFrames;
-    uint64_t _frames = 0;
+    // The energies of the last 30 steps, the newest at _steps % 30, and their running sums over 4 and 30 steps.
+    double _energies[30] = {};
+    uint64_t _steps = 0;
+    double _momentaryEnergy = 0.0;
+    double _shortTermEnergy = 0.0;
     double _maxMomentary = -HUGE_VAL;
     double _maxShortTerm = -HUGE_VAL;
 };

@@ -128,17 +128,22 @@ void SignalChain::_mix(const ZRNativeAudioBuffer& block)
 
 const ZRNativeAudioBuffer& SignalChain::process(const ZRNativeAudioBuffer& block)
 {
-    _mix(block);
-    if (_filter)
-        _filter->filter(*_output);
     const uint32_t frames = block.frames();
     const float gain = float(std::pow(10.0, _settings.gainDb / 20.0));
-    if (gain != 1.0f)
-        _output->scale(gain);
-
     const double fadeIn = _settings.fadeInSeconds * _sampleRate, fadeOut = _settings.fadeOutSeconds * _sampleRate;
     const double fadeOutStart = double(_frames) - fadeOut;
     const bool fading = double(_position) < fadeIn || (fadeOut > 0.0 && double(_position + frames) > fadeOutStart);
+    // A block that the chain leaves as it is passes without a copy.
+    if (_settings.outputChannels == _inputChannels && !_filter && gain == 1.0f && !fading) {
+        _position += frames;
+        return block;
+    }
+
+    _mix(block);
+    if (_filter)
+        _filter->filter(*_output);
+    if (gain != 1.0f)
+        _output->scale(gain);
     if (fading) {
         for (uint32_t i = 0; i < frames; ++i) {
             const double position = double(_position + i);

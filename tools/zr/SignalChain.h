@@ -34,7 +34,7 @@ public:
     // Whether a filter text names a filter the chain knows.
     static bool isFilter(const std::string& text);
 
-    // The processed block, valid until the next call.
+    // The processed block, valid until the next call: the block itself where the chain changes nothing.
     const ZRNativeAudioBuffer& process(const ZRNativeAudioBuffer& block);
 
 private:

@@ -1,5 +1,7 @@
 #include "WaveformBuilder.h"
 
+#include "SampleRun.h"
+
 #include <zrbase/audio/ZRNativeAudioBuffer.h>
 
 #include <algorithm>
@@ -83,17 +85,11 @@ void WaveformBuilder::process(const ZRNativeAudioBuffer& block)
             const uint32_t first = uint32_t(position - _position);
             const uint32_t count = uint32_t(stop - position);
             for (uint32_t c = 0; c < _channels; ++c) {
-                const float* samples = block.channel(c) + first;
-                float minimum = level.minimum[c], maximum = level.maximum[c];
-                double squares = 0.0;
-                for (uint32_t i = 0; i < count; ++i) {
-                    minimum = std::min(minimum, samples[i]);
-                    maximum = std::max(maximum, samples[i]);
-                    squares += double(samples[i]) * samples[i];
-                }
-                level.minimum[c] = minimum;
-                level.maximum[c] = maximum;
-                level.squares[c] += squares;
+                SampleRun run;
+                run.add(block.channel(c) + first, count);
+                level.minimum[c] = std::min(level.minimum[c], run.minimum);
+                level.maximum[c] = std::max(level.maximum[c], run.maximum);
+                level.squares[c] += run.squares;
             }
             level.count += count;
             position = stop;

@@ -74,14 +74,23 @@ static FileOutcome runWaveform(const WaveformOptions& options, ProgressBar& prog
         data.erase(std::unique(data.begin(), data.end()), data.end());
         pictures = data;
     }
-    std::vector<WaveformResolution> all = data;
-    for (const WaveformResolution& resolution : pictures)
-        if (std::find(all.begin(), all.end(), resolution) == all.end())
-            all.push_back(resolution);
+    // Only the resolutions some output needs are computed.
+    const bool anyPicture = std::any_of(options.outputs.begin(), options.outputs.end(),
+        [&](const std::string& output) { return outputType(output, options.type) == "png"; });
+    const bool anyData = std::any_of(options.outputs.begin(), options.outputs.end(),
+        [&](const std::string& output) { return outputType(output, options.type) != "png"; });
+    std::vector<WaveformResolution> all;
+    if (anyData)
+        all = data;
+    if (anyPicture)
+        for (const WaveformResolution& resolution : pictures)
+            if (std::find(all.begin(), all.end(), resolution) == all.end())
+                all.push_back(resolution);
 
+    // The overviews cost far less than reading: two threads read.
     WaveformBuilder builder(source->channels(), all, frames);
     if (!readAll(
-            *source, &progress, [&](const ZRNativeAudioBuffer& block) { builder.process(block); }, &outcome.error))
+            *source, &progress, [&](const ZRNativeAudioBuffer& block) { builder.process(block); }, &outcome.error, 2))
         return outcome;
     const std::vector<WaveformLevel> levels = builder.finish();
     const uint64_t length = progress.done();

@@ -108,12 +108,18 @@ int main(int argc, char** argv)
                 return SignalChain::isFilter(text) ? std::string() : "unknown filter \"" + text + "\"";
             },
             "FILTER"));
-    convertCommandLine->add_option("--tag", convert.tags, "Set a tag: --tag title=Take 1")
+    convertCommandLine
+        ->add_option("--tag", convert.tags, "Set a tag by its catalogue name or title: --tag title=Take 1")
         ->check(CLI::Validator(
             [](std::string& text) {
-                return text.find('=') > 0 && text.find('=') != std::string::npos ? std::string() : "a tag is KEY=VALUE";
+                const size_t equals = text.find('=');
+                if (equals == 0 || equals == std::string::npos)
+                    return std::string("a tag is NAME=VALUE");
+                return tagInfoKey(text.substr(0, equals))
+                    ? std::string()
+                    : "the metadata catalogue has no tag \"" + text.substr(0, equals) + "\"";
             },
-            "KEY=VALUE"));
+            "NAME=VALUE"));
     addCommonOptions(*convertCommandLine, convert.common);
 
     WaveformOptions waveform;

@@ -175,6 +175,15 @@ std::optional<ZRDictionary> ZRExtCoreAudioFile::properties() const
     return info;
 }
 
+void ZRExtCoreAudioFile::setProperties(const ZRDictionary& properties)
+{
+    ZRErrorPtr error;
+    if (!properties.empty()
+        && !succeeded(ZRAudioFileService::setInfoDictionary(_audioFileID, properties),
+            "Setting the properties to the audio file", &error))
+        error->alert();
+}
+
 std::optional<ZRData> ZRExtCoreAudioFile::magicCookie() const
 {
     ZRData cookie;

@@ -55,6 +55,9 @@ public:
     uint32_t maximumPacketSize() const noexcept;
     uint32_t numberOfPackets() const noexcept;
     std::optional<ZRDictionary> properties() const;
+    // Tags for a created file, set before its first write; an empty dictionary does nothing. A failure shows
+    // "Setting the properties to the audio file" at once.
+    void setProperties(const ZRDictionary& properties);
     std::optional<ZRData> magicCookie() const;
     // The encoder's bit rate in bits per second, before the first write; a failure is logged.
     void setBitrate(uint32_t bitrate);

@@ -1,6 +1,7 @@
 #include <zrbase/host/audio/ZRAudioFileService.h>
 
 #include <zrbase/host/audio/ZRFFmpegPrivate.h>
+#include <zrbase/host/audio/ZRSoundDesignerIIPrivate.h>
 
 extern "C" {
 #include <libavformat/avformat.h>
@@ -27,7 +28,8 @@ struct Container {
     const char* muxer;
 };
 
-constexpr std::array<Container, 10> writableContainers { {
+// Sound Designer II has no muxer of its own: its data fork goes through the raw writer of its sample size.
+constexpr std::array<Container, 11> writableContainers { {
     { kAudioFileWAVEType, "wav" },
     { kAudioFileAIFFType, "aiff" },
     { kAudioFileAIFCType, "aiff" },
@@ -38,6 +40,7 @@ constexpr std::array<Container, 10> writableContainers { {
     { kAudioFileMP2Type, "mp2" },
     { kAudioFileMP1Type, "mp2" },
     { kAudioFileAC3Type, "ac3" },
+    { kAudioFileSoundDesigner2Type, nullptr },
 } };
 
 // The information-dictionary keys and the names FFmpeg gives the containers' tags (ID3, RIFF INFO, MPEG-4 items,
@@ -370,6 +373,20 @@ OSStatus ZRAudioFileService::open(const std::string& path, AudioFileID& file)
     opened->descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (opened->descriptor < 0)
         return statusForErrno(errno);
+    // The resource fork, not the name or the bytes, makes a Sound Designer II file: PCM from its first byte.
+    std::optional<AudioStreamBasicDescription> described;
+    if (const OSStatus status = ZRSoundDesignerIIFormatOfFile(path, described); status != noErr)
+        return status;
+    if (described) {
+        opened->type = kAudioFileSoundDesigner2Type;
+        opened->format = *described;
+        opened->direct = true;
+        opened->packetCount = uint64_t(info.st_size) / described->mBytesPerPacket;
+        opened->totalFrames = int64_t(opened->packetCount);
+        opened->maximumPacketSize = opened->packetCount > 0 ? described->mBytesPerPacket : 0;
+        file = opened.release();
+        return noErr;
+    }
     std::array<uint8_t, 12> head {};
     const ssize_t headSize = pread(opened->descriptor, head.data(), head.size(), 0);
     if (headSize <= 0)
@@ -438,7 +455,8 @@ OSStatus ZRAudioFileService::create(const std::string& folder, const std::string
     if (container == writableContainers.end())
         return kAudioFileUnsupportedFileTypeError;
     const AVCodecID codec = ZRCodecIDForDescription(format);
-    const AVOutputFormat* muxer = av_guess_format(container->muxer, nullptr, nullptr);
+    const char* muxerName = container->muxer ? container->muxer : ZRSoundDesignerIIMuxer(format);
+    const AVOutputFormat* muxer = muxerName ? av_guess_format(muxerName, nullptr, nullptr) : nullptr;
     // Raw MPEG audio's writer answers the question for pictures only; its own codec it takes.
     if (codec == AV_CODEC_ID_NONE || !muxer
         || (avformat_query_codec(muxer, codec, FF_COMPLIANCE_NORMAL) != 1 && muxer->audio_codec != codec)
@@ -554,6 +572,9 @@ OSStatus ZRAudioFileService::close(AudioFileID file)
         status = closing->writeHeld(true);
     if (status == noErr && av_write_trailer(closing->output) < 0)
         status = kAudioFileUnspecifiedError;
+    if (int failure = 0; status == noErr && closing->type == kAudioFileSoundDesigner2Type
+        && !ZRSoundDesignerIIWriteFork(closing->path, closing->format, failure))
+        status = statusForErrno(failure);
     return status;
 }
 

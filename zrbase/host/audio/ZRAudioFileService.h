@@ -73,7 +73,8 @@ inline constexpr const char* kAFInfoDictionary_ApproximateDurationInSeconds = "a
 
 // The audio file service: containers read and written packet by packet. Reading detects the container from the
 // file's bytes (WAVE with its extensible and RF64 forms, AIFF and AIFC, CAF, MPEG-4, MPEG audio, AC-3, and FLAC and
-// Ogg Vorbis or Opus as the unknown type); writing makes WAVE, AIFF, AIFC, CAF, M4A, MPEG-4, MP3 and AC-3 files.
+// Ogg Vorbis or Opus as the unknown type), or a Sound Designer II file from the format its resource fork gives;
+// writing makes WAVE, AIFF, AIFC, CAF, M4A, MPEG-4, MP3, AC-3 and Sound Designer II files.
 // Linear PCM has one frame per packet and reads and writes the container's own bytes; compressed formats have the
 // container's packets, their descriptions and the codec's magic cookie in the container's layout.
 //
@@ -84,7 +85,8 @@ public:
     // Opens a file for reading.
     static OSStatus open(const std::string& path, AudioFileID& file);
     // Creates the file `name` in `folder` (an existing file is not replaced) holding `format` in a container of
-    // `type`. Linear PCM must suit the container (WAVE little-endian, AIFF big-endian, AIFC either, CAF any).
+    // `type`. Linear PCM must suit the container (WAVE little-endian, AIFF big-endian, AIFC either, CAF any, Sound
+    // Designer II big-endian signed integers of 1 to 4 bytes, its resource fork written on closing).
     static OSStatus create(const std::string& folder, const std::string& name, AudioFileTypeID type,
         const AudioStreamBasicDescription& format, AudioFileID& file);
     // Writes what a created file still lacks and closes any file.
