@@ -128,24 +128,39 @@ TEST(ZRConverter, PullsInterleavedAudioIntoANativeBuffer)
 
 TEST(ZRConverter, ChangesTheRateWithoutChangingTheSignal)
 {
-    auto converter = ZRConverter::converterWithSourceFormat(
-        ZRAudioStreamDescription(44100, 1), ZRAudioStreamDescription(48000, 1));
-    ASSERT_TRUE(converter);
-    EXPECT_EQ(converter->quality(), kAudioConverterQuality_Max);
-    auto block = ZRNativeAudioBuffer::bufferWithChannels(1, 44100);
-    for (uint32_t i = 0; i < 44100; ++i)
-        block->setSampleValue(float(0.5 * std::sin(2 * std::numbers::pi * 1000 * i / 44100.0)), i);
-    BlockSource source { block.get() };
-    converter->setCallback(BlockSource::supply, &source);
-    auto output = ZRNativeAudioBuffer::bufferWithChannels(1, 60000);
-    ASSERT_EQ(converter->convertToNativeBufferUsingCallback(*output), 48000U);
-    std::vector<float> expected;
-    std::vector<float> actual;
-    for (uint32_t i = 1000; i < 47000; ++i) {
-        expected.push_back(float(0.5 * std::sin(2 * std::numbers::pi * 1000 * i / 48000.0)));
-        actual.push_back(output->sampleValueAtIndex(i));
-    }
-    EXPECT_GT(ZRTestSNR(expected, actual), 90);
+    // The signal-to-noise ratio of a tone taken from 44.1 to 48 kHz at a quality.
+    const auto convertedSNR = [](double frequency, uint32_t quality) {
+        auto converter = ZRConverter::converterWithSourceFormat(
+            ZRAudioStreamDescription(44100, 1), ZRAudioStreamDescription(48000, 1));
+        EXPECT_EQ(converter->quality(), kAudioConverterQuality_Max);
+        EXPECT_TRUE(converter->setQuality(quality));
+        EXPECT_EQ(converter->quality(), quality);
+        auto block = ZRNativeAudioBuffer::bufferWithChannels(1, 44100);
+        for (uint32_t i = 0; i < 44100; ++i)
+            block->setSampleValue(float(0.5 * std::sin(2 * std::numbers::pi * frequency * i / 44100.0)), i);
+        BlockSource source { block.get() };
+        converter->setCallback(BlockSource::supply, &source);
+        auto output = ZRNativeAudioBuffer::bufferWithChannels(1, 60000);
+        EXPECT_EQ(converter->convertToNativeBufferUsingCallback(*output), 48000U);
+        std::vector<float> expected;
+        std::vector<float> actual;
+        for (uint32_t i = 1000; i < 47000; ++i) {
+            expected.push_back(float(0.5 * std::sin(2 * std::numbers::pi * frequency * i / 48000.0)));
+            actual.push_back(output->sampleValueAtIndex(i));
+        }
+        return ZRTestSNR(expected, actual);
+    };
+    // The default and the very-high recipe keep a tone clean up to 19 kHz; the high one is less precise; the low one
+    // keeps less of the band, and the quick one is only an interpolation.
+    EXPECT_GT(convertedSNR(1000, kAudioConverterQuality_Max), 140);
+    EXPECT_GT(convertedSNR(19000, kAudioConverterQuality_Max), 60);
+    const double high = convertedSNR(1000, kAudioConverterQuality_High);
+    EXPECT_GT(high, 120);
+    EXPECT_LT(high, 140);
+    EXPECT_GT(convertedSNR(19000, kAudioConverterQuality_Medium), 20);
+    EXPECT_GT(convertedSNR(15000, kAudioConverterQuality_Low), 80);
+    EXPECT_LT(convertedSNR(19000, kAudioConverterQuality_Low), 10);
+    EXPECT_LT(convertedSNR(15000, kAudioConverterQuality_Min), 20);
 }
 
 TEST(ZRConverter, ResamplesAlikeInAnyBlocks)

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstring>
 #include <fstream>
 #include <random>
@@ -118,7 +119,8 @@ TEST(ZRCoreAudioFile, CopiesCompressedPacketsWithTheirCookieAndTags)
     ASSERT_TRUE(writer);
     writer->setMagicCookie(*reader->magicCookie());
     ZRDictionary tags { { "title", "Copied" }, { "artist", "Tester" }, { "album", "Packets" }, { "year", "2026" },
-        { "comments", "no re-encoding" }, { "genre", "Test" } };
+        { "comments", "no re-encoding" }, { "genre", "Test" }, { "composer", "Writer" }, { "track number", "3" },
+        { "copyright", "Nobody" } };
     writer->setProperties(tags);
     uint32_t count = 7;
     while (reader->readNumberOfPackets(&count) && count > 0) {
@@ -145,11 +147,130 @@ TEST(ZRCoreAudioFile, CopiesCompressedPacketsWithTheirCookieAndTags)
     EXPECT_EQ(ZRTestProbe(copy, "format_tags=title"), "Copied");
     EXPECT_EQ(ZRTestProbe(copy, "format_tags=artist"), "Tester");
     EXPECT_EQ(ZRTestProbe(copy, "format_tags=date"), "2026");
+    EXPECT_EQ(ZRTestProbe(copy, "format_tags=track"), "3");
     const std::optional<ZRDictionary> read = ZRCoreAudioFile::fileWithPath(copy)->properties();
     ASSERT_TRUE(read);
     for (const auto& [key, value] : tags)
         EXPECT_EQ(read->at(key), value) << key;
     EXPECT_NEAR(read->at("approximate duration in seconds").doubleValue(), 1.5, 0.05);
+}
+
+TEST(ZRCoreAudioFile, NamesTheContainerItFindsInTheBytes)
+{
+    const std::string folder = ZRTestScratchFolder("CoreAudioFileContainers");
+    // Each file is named for a container it is not, so that only its bytes can tell.
+    const std::pair<std::string, const char*> made[] = {
+        { "-c:a pcm_s16le -f wav", "WAVE Audio File" },
+        { "-c:a pcm_s16le -rf64 always -f wav", "WAVE Audio File" },
+        { "-c:a pcm_s16le -f aiff", "AIFF Audio File" },
+        { "-c:a pcm_s16le -f caf", "CAF Audio File" },
+        { "-c:a aac -f ipod", "M4A Audio File" },
+        { "-c:a aac -f mp4", "MPEG4 Audio File" },
+        { "-c:a libmp3lame -f mp3", "MP3 Audio File" },
+        { "-c:a mp2 -f mp2", "MP2 Audio File" },
+        { "-c:a ac3 -f ac3", "AC-3 Audio File" },
+        { "-c:a flac -f flac", "unknown" },
+        { "-c:a libvorbis -f ogg", "unknown" },
+    };
+    int index = 0;
+    for (const auto& [options, name] : made) {
+        SCOPED_TRACE(options);
+        const std::string path = folder + "/" + std::to_string(index++) + ".au";
+        ASSERT_TRUE(ZRTestRun("ffmpeg -v error -f lavfi -i sine=d=0.2 " + options + " '" + path + "'"));
+        auto file = ZRCoreAudioFile::fileWithPath(path);
+        ASSERT_TRUE(file);
+        EXPECT_EQ(file->fileFormat(), name);
+    }
+}
+
+TEST(ZRCoreAudioFile, InformationDictionaryCarriesTheTagsOtherProgramsWrote)
+{
+    const std::string folder = ZRTestScratchFolder("CoreAudioFileReadTags");
+    const std::string tags = "-metadata title=Ti -metadata artist=Ar -metadata album=Al -metadata genre=Ge -metadata "
+                             "date=2026 -metadata comment=Co -metadata composer=Cm -metadata track=7 -metadata "
+                             "copyright=Cp";
+    const ZRDictionary all { { "title", "Ti" }, { "artist", "Ar" }, { "album", "Al" }, { "genre", "Ge" },
+        { "year", "2026" }, { "comments", "Co" }, { "composer", "Cm" }, { "track number", "7" },
+        { "copyright", "Cp" } };
+    ZRDictionary riff = all;
+    riff.erase("composer");
+    struct Made {
+        const char* name;
+        std::string command;
+        ZRDictionary expected;
+    };
+    const std::string ffmpeg = "ffmpeg -v error -f lavfi -i sine=d=0.5 " + tags;
+    const Made made[] = {
+        { "riff.wav", ffmpeg + " %s", riff },
+        { "info.caf", ffmpeg + " %s", all },
+        { "items.m4a", ffmpeg + " %s", all },
+        { "id3.mp3", ffmpeg + " %s", all },
+        { "comments.flac", ffmpeg + " %s", all },
+        { "vorbis.ogg", ffmpeg + " %s", all },
+        { "opus.ogg", ffmpeg + " -c:a libopus %s", all },
+        // AIFF's own chunks: NAME, AUTH, (c) and ANNO.
+        { "chunks.aiff", ffmpeg + " -metadata author=Au %s",
+            { { "title", "Ti" }, { "artist", "Au" }, { "copyright", "Cp" }, { "comments", "Co" } } },
+        { "sox.flac", "sox -n -r 44100 --comment 'Title=Sx' %s synth 0.5 sine 440", { { "title", "Sx" } } },
+        { "sox.ogg", "sox -n -r 44100 --comment 'Artist=Sx' %s synth 0.5 sine 440", { { "artist", "Sx" } } },
+    };
+    for (const Made& file : made) {
+        SCOPED_TRACE(file.name);
+        const std::string path = folder + "/" + file.name;
+        std::string command = file.command;
+        command.replace(command.find("%s"), 2, "'" + path + "'");
+        ASSERT_TRUE(ZRTestRun(command));
+        auto reader = ZRCoreAudioFile::fileWithPath(path);
+        ASSERT_TRUE(reader);
+        const std::optional<ZRDictionary> info = reader->properties();
+        ASSERT_TRUE(info);
+        for (const auto& [key, value] : file.expected) {
+            ASSERT_TRUE(info->contains(key)) << key;
+            EXPECT_EQ(info->at(key), value) << key;
+        }
+        // The container's structure is no tag; the duration is the file's.
+        EXPECT_FALSE(info->contains("major_brand") || info->contains("handler_name"));
+        EXPECT_NEAR(info->at("approximate duration in seconds").doubleValue(), 0.5, 0.01);
+    }
+}
+
+TEST(ZRCoreAudioFile, WritesTagsWhereOtherProgramsReadThem)
+{
+    const std::string folder = ZRTestScratchFolder("CoreAudioFileWriteTags");
+    // Our keys, the names ffprobe gives them, and the values.
+    const std::vector<std::array<std::string, 3>> tags { { "title", "title", "Ti" }, { "artist", "artist", "Ar" },
+        { "album", "album", "Al" }, { "genre", "genre", "Ge" }, { "year", "date", "2026" },
+        { "comments", "comment", "Co" }, { "composer", "composer", "Cm" }, { "track number", "track", "7" },
+        { "copyright", "copyright", "Cp" } };
+    ZRDictionary dictionary;
+    for (const auto& [key, name, value] : tags)
+        dictionary.emplace(key, value);
+    constexpr AudioFormatFlags sint = kAudioFormatFlagIsSignedInteger;
+    const std::pair<const char*, AudioFileTypeID> cases[] = { { "tags.wav", kAudioFileWAVEType },
+        { "tags.aiff", kAudioFileAIFFType }, { "tags.aifc", kAudioFileAIFCType }, { "tags.caf", kAudioFileCAFType } };
+    for (const auto& [name, type] : cases) {
+        SCOPED_TRACE(name);
+        const std::string path = folder + "/" + name;
+        const AudioStreamBasicDescription format
+            = pcm(16, sint | (type == kAudioFileAIFFType ? kAudioFormatFlagIsBigEndian : 0));
+        auto file = ZRCoreAudioFile::fileWithPath(path, type, ZRAudioStreamDescription(format));
+        ASSERT_TRUE(file);
+        file->setProperties(dictionary);
+        auto silence = ZRAudioBuffer::bufferWithNumberOfBuffers(1, 4410 * format.mBytesPerFrame);
+        std::memset(silence->buffer(), 0, silence->length());
+        ASSERT_TRUE(file->writeNumberOfPackets(4410, *silence, nullptr));
+        ASSERT_TRUE(file->close());
+        const std::optional<ZRDictionary> read = ZRCoreAudioFile::fileWithPath(path)->properties();
+        ASSERT_TRUE(read);
+        for (const auto& [key, probed, value] : tags) {
+            // RIFF INFO has no composer; CAF's information chunk keeps our keys.
+            if (type == kAudioFileWAVEType && key == "composer")
+                continue;
+            EXPECT_EQ(ZRTestProbe(path, "format_tags=" + (type == kAudioFileCAFType ? key : probed)), value) << key;
+            EXPECT_EQ(read->at(key), value) << key;
+        }
+        EXPECT_EQ(read->at("approximate duration in seconds").stringValue(), "0.100");
+    }
 }
 
 TEST(ZRCoreAudioFile, SettersOfAFileBeingReadShowTheirFailure)
@@ -172,16 +293,41 @@ TEST(ZRCoreAudioFile, SettersOfAFileBeingReadShowTheirFailure)
 TEST(ZRCoreAudioFile, ReadsTheChannelLayoutOfTheFile)
 {
     const std::string folder = ZRTestScratchFolder("CoreAudioFileLayout");
-    ASSERT_TRUE(ZRTestRun("sox -n -r 48000 -c 6 -b 24 '" + folder + "/surround.wav' synth 0.1 sine 440"));
-    ASSERT_TRUE(ZRTestRun(
-        "ffmpeg -v error -f lavfi -i sine=d=0.1 -af 'pan=stereo|c0=c0|c1=c0' -c:a aac '" + folder + "/stereo.m4a'"));
-    const auto surround = ZRCoreAudioFile::fileWithPath(folder + "/surround.wav")->channelLayout();
-    ASSERT_TRUE(surround);
-    EXPECT_EQ(surround->layout()->mChannelLayoutTag, 1U << 16);
-    EXPECT_EQ(surround->layout()->mChannelBitmap, 0x3FU);
-    const auto stereo = ZRCoreAudioFile::fileWithPath(folder + "/stereo.m4a")->channelLayout();
-    ASSERT_TRUE(stereo);
-    EXPECT_EQ(stereo->layout()->mChannelBitmap, 0x3U);
+    // A tone on every channel of an FFmpeg layout of `channels` channels.
+    const auto ffmpeg = [&](const std::string& layout, int channels, const std::string& options, const char* name) {
+        std::string pan = "pan=" + layout;
+        for (int i = 0; i < channels; ++i)
+            pan += "|c" + std::to_string(i) + "=c0";
+        return "ffmpeg -v error -f lavfi -i sine=d=0.1 -af '" + pan + "' " + options + " '" + folder + "/" + name + "'";
+    };
+    struct Case {
+        const char* name;
+        std::string command;
+        uint32_t bitmap;
+    };
+    const Case cases[] = {
+        // The WAVE channel mask, which sox writes for more than two channels.
+        { "surround.wav", "sox -n -r 48000 -c 6 -b 24 '" + folder + "/surround.wav' synth 0.1 sine 440", 0x3F },
+        { "quad.wav", ffmpeg("quad", 4, "-c:a pcm_s16le", "quad.wav"), 0x33 },
+        // MPEG-4's channel configuration, from AAC's and Apple Lossless's own configuration.
+        { "stereo.m4a", ffmpeg("stereo", 2, "-c:a aac", "stereo.m4a"), 0x3 },
+        { "surround.m4a", ffmpeg("5.1", 6, "-c:a aac", "surround.m4a"), 0x3F },
+        { "lossless.m4a", ffmpeg("5.1", 6, "-c:a alac", "lossless.m4a"), 0x3F },
+        // CAF's 'chan' chunk: FFmpeg writes 5.1 with the surrounds at the sides.
+        { "side.caf", ffmpeg("5.1(side)", 6, "-c:a pcm_s16le", "side.caf"), 0x60F },
+        { "mono.caf", ffmpeg("mono", 1, "-c:a pcm_s16le", "mono.caf"), 0x4 },
+    };
+    for (const Case& entry : cases) {
+        SCOPED_TRACE(entry.name);
+        ASSERT_TRUE(ZRTestRun(entry.command));
+        const auto layout = ZRCoreAudioFile::fileWithPath(folder + "/" + entry.name)->channelLayout();
+        ASSERT_TRUE(layout);
+        EXPECT_EQ(layout->layout()->mChannelLayoutTag, 1U << 16);
+        EXPECT_EQ(layout->layout()->mChannelBitmap, entry.bitmap);
+    }
+    // Three channels without a mask have no layout.
+    ASSERT_TRUE(ZRTestRun("sox -n -r 48000 -c 3 '" + folder + "/three.wav' synth 0.1 sine 440"));
+    EXPECT_FALSE(ZRCoreAudioFile::fileWithPath(folder + "/three.wav")->channelLayout());
 }
 
 TEST(ZRCoreAudioFile, BadInputGivesTheServiceErrorNeverACrash)
@@ -195,14 +341,15 @@ TEST(ZRCoreAudioFile, BadInputGivesTheServiceErrorNeverACrash)
         "Opening an audio file failed because the audio file was not found.");
     writeBytes(folder + "/empty.wav", "");
     EXPECT_EQ(openError(folder + "/empty.wav")->code(), int32_t(kAudioFileInvalidFileError));
+    // A file that ends within its header is a damaged file of its container, not one of an unknown type.
     writeBytes(folder + "/header.wav", bytes.substr(0, 20));
-    EXPECT_NE(openError(folder + "/header.wav")->code(), 0);
+    EXPECT_EQ(openError(folder + "/header.wav")->code(), int32_t(kAudioFileInvalidFileError));
     std::mt19937 random(3);
     std::string noise(20000, '\0');
     for (char& byte : noise)
         byte = char(random());
     writeBytes(folder + "/noise.wav", noise);
-    EXPECT_NE(openError(folder + "/noise.wav")->code(), 0);
+    EXPECT_EQ(openError(folder + "/noise.wav")->code(), int32_t(kAudioFileUnsupportedFileTypeError));
     EXPECT_EQ(openError(folder)->code(), int32_t(kAudioFileInvalidFileError));
     ASSERT_TRUE(ZRTestRun("ffmpeg -v error -f lavfi -i sine=d=0.2 '" + folder + "/sun.au'"));
     EXPECT_EQ(openError(folder + "/sun.au")->localizedDescription(),
@@ -250,6 +397,9 @@ TEST(ZRCoreAudioFile, BadInputGivesTheServiceErrorNeverACrash)
     ASSERT_TRUE(cutMP3);
     EXPECT_GT(cutMP3->numberOfPackets(), 30U);
     EXPECT_LT(cutMP3->numberOfPackets(), 50U);
+    // Cut within its first frame, it is damaged.
+    writeBytes(folder + "/tag-only.mp3", mp3.substr(0, 200));
+    EXPECT_EQ(openError(folder + "/tag-only.mp3")->code(), int32_t(kAudioFileInvalidFileError));
 
     // Creating where no folder is, or over an existing file.
     ZRErrorPtr error;

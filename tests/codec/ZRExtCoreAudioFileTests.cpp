@@ -88,6 +88,56 @@ TEST(ZRExtCoreAudioFile, EncodesEveryWritableFormatAndReadsBackTheFramesWritten)
     }
 }
 
+TEST(ZRExtCoreAudioFile, MP3KeepsDelayPaddingAndTagsWhereOtherProgramsReadThem)
+{
+    const std::string folder = ZRTestScratchFolder("ExtCoreAudioFileMP3");
+    struct Case {
+        const char* name;
+        uint32_t clientRate;
+        uint32_t written;
+        // The rate the encoder takes and the frames the file holds at it.
+        uint32_t fileRate;
+        uint32_t frames;
+    };
+    // 38 packets and 35 frames: with the encoder's delay of 1105 frames the padding outgrows the last packet.
+    const Case cases[] = {
+        { "padding-packet.mp3", rate, 1152 * 38 + 35, rate, 1152 * 38 + 35 },
+        { "resampled.mp3", 96000, 30011, 48000, 15006 },
+    };
+    for (const Case& entry : cases) {
+        SCOPED_TRACE(entry.name);
+        const std::string path = folder + "/" + entry.name;
+        auto file = ZRExtCoreAudioFile::createWithPath(
+            path, kAudioFileMP3Type, kAudioFormatMPEGLayer3, entry.clientRate, 16, 2);
+        ASSERT_TRUE(file);
+        ASSERT_EQ(ZRAudioFileService::setInfoDictionary(
+                      file->audioFileID(), { { "title", "Layer Three" }, { "artist", "Encoder" }, { "year", "2026" } }),
+            noErr);
+        ASSERT_TRUE(writeSignal(*file, 2, entry.written));
+        ASSERT_TRUE(file->close());
+
+        EXPECT_EQ(ZRTestProbe(path, "codec_name"), "mp3");
+        EXPECT_EQ(ZRTestProbe(path, "sample_rate"), std::to_string(entry.fileRate));
+        EXPECT_EQ(ZRTestProbe(path, "channels"), "2");
+        EXPECT_EQ(ZRTestProbe(path, "format_tags=title"), "Layer Three");
+        EXPECT_EQ(ZRTestProbe(path, "format_tags=artist"), "Encoder");
+        EXPECT_EQ(ZRTestProbe(path, "format_tags=date"), "2026");
+        // ffprobe's duration counts every packet, the delay and the padding (each less than a packet) included.
+        const double seconds = std::stod(ZRTestProbe(path, "duration"));
+        EXPECT_GE(seconds * entry.fileRate, entry.frames - 1.0);
+        EXPECT_LT(seconds * entry.fileRate, entry.frames + 2 * 1152.0);
+
+        // The encoder tag gives ffmpeg and us the frames written, decoded alike.
+        const auto ours = ZRTestReadWithExtCoreAudioFile(path, 1000);
+        ASSERT_EQ(ours.size(), 2U);
+        EXPECT_EQ(ours[0].size(), entry.frames);
+        EXPECT_EQ(ours, ZRTestDecodeWithFFmpeg(path, 2));
+        if (entry.clientRate == entry.fileRate) {
+            EXPECT_GT(ZRTestSNR(signal(0, entry.frames), ours[0]), 20);
+        }
+    }
+}
+
 TEST(ZRExtCoreAudioFile, AC3KeepsNoDelayRecordSoItsPacketsReadWhole)
 {
     const std::string path = ZRTestScratchFolder("ExtCoreAudioFileAC3") + "/signal.ac3";
@@ -234,7 +284,16 @@ TEST(ZRExtCoreAudioFile, ReadsFilesOtherToolsWroteAsTheyDecodeThem)
         { "fl32.aifc", "ffmpeg -v error " + sine + " -c:a pcm_f32be -f aiff %s", 0 },
         { "s24.caf", "ffmpeg -v error " + sine + " -c:a pcm_s24be %s", 0 },
         { "rf64.wav", "ffmpeg -v error " + sine + " -c:a pcm_s16le -rf64 always %s", 0 },
+        { "ulaw.wav", "ffmpeg -v error " + sine + " -c:a pcm_mulaw %s", 0 },
+        { "alaw.caf", "ffmpeg -v error " + sine + " -c:a pcm_alaw %s", 0 },
+        { "ima4.aifc", "ffmpeg -v error " + sine + " -c:a adpcm_ima_qt -f aiff %s", 0 },
         { "flac.flac", "sox -n -r 44100 -c 2 -b 16 %s synth 1 sine 440 sine 660", 0 },
+        { "ffmpeg.flac", "ffmpeg -v error " + sine + " -c:a flac %s", 0 },
+        // Ogg keeps the delay in the first page and the padding in the last page's granule position, and Vorbis's
+        // first packet makes no frames: the same decoder must give the same frames, every one of them.
+        { "vorbis.ogg", "ffmpeg -v error " + sine + " -c:a libvorbis %s", 0 },
+        { "sox.ogg", "sox -n -r 44100 -c 2 %s synth 1 sine 440 sine 660", 0 },
+        { "opus.ogg", "ffmpeg -v error " + sine + " -c:a libopus %s", 0 },
         { "ffmpeg.mp3", "ffmpeg -v error " + sine + " -c:a libmp3lame %s", 60 },
         { "ffmpeg.m4a", "ffmpeg -v error " + sine + " -c:a aac %s", 60 },
         { "alac.m4a", "ffmpeg -v error " + sine + " -c:a alac %s", 0 },
@@ -271,7 +330,8 @@ TEST(ZRExtCoreAudioFile, ReadsFilesOtherToolsWroteAsTheyDecodeThem)
 
 TEST(ZRExtCoreAudioFile, SeeksToAFrame)
 {
-    const std::string path = ZRTestScratchFolder("ExtCoreAudioFileSeek") + "/signal.m4a";
+    const std::string folder = ZRTestScratchFolder("ExtCoreAudioFileSeek");
+    const std::string path = folder + "/signal.m4a";
     auto file = ZRExtCoreAudioFile::createWithPath(path, kAudioFileM4AType, kAudioFormatAppleLossless, rate, 16, 2);
     ASSERT_TRUE(file && writeSignal(*file, 2) && file->close());
     auto reader = ZRExtCoreAudioFile::openForReadingWithPath(path);
@@ -283,6 +343,43 @@ TEST(ZRExtCoreAudioFile, SeeksToAFrame)
     ASSERT_EQ(frames, 100U);
     for (uint32_t i = 0; i < 100; ++i)
         ASSERT_EQ(buffer->sampleValueAtIndex(i, 1), ZRTestSignal(1, 30001 + i)) << i;
+
+    // After a seek, the frames a reading from the start gives there: exactly where the decoder's state depends on
+    // the packets alone, closely where it settles over time (AAC, Opus).
+    const std::string sine = "ffmpeg -v error -f lavfi -i sine=f=440:d=1 -ac 2 ";
+    const std::pair<std::string, double> made[] = {
+        { sine + "-c:a flac %s.flac", 0 },
+        { sine + "-c:a libvorbis %s.ogg", 0 },
+        { sine + "-c:a libmp3lame %s.mp3", 0 },
+        { sine + "-c:a aac %s.m4a", 60 },
+        { sine + "-c:a libopus %s.opus", 40 },
+    };
+    int index = 0;
+    for (const auto& [command, snr] : made) {
+        SCOPED_TRACE(command);
+        std::string line = command;
+        const std::string name = folder + "/made" + std::to_string(index++);
+        line.replace(line.find("%s"), 2, "'" + name);
+        line += "'";
+        ASSERT_TRUE(ZRTestRun(line));
+        const std::string made = name + command.substr(command.find("%s") + 2);
+        const auto whole = ZRTestReadWithExtCoreAudioFile(made);
+        ASSERT_FALSE(whole.empty());
+        auto seeking = ZRExtCoreAudioFile::openForReadingWithPath(made);
+        ASSERT_TRUE(seeking);
+        auto block = ZRNativeAudioBuffer::bufferWithChannels(2, 500);
+        for (const uint32_t target : { 30001U, 7U }) {
+            ASSERT_TRUE(seeking->seekToFrame(target));
+            ASSERT_TRUE(seeking->readBuffer(*block, &frames));
+            ASSERT_EQ(frames, 500U);
+            const std::vector<float> expected(whole[0].begin() + target, whole[0].begin() + target + 500);
+            const std::vector<float> actual(block->channel(0), block->channel(0) + 500);
+            if (snr == 0)
+                EXPECT_EQ(actual, expected) << target;
+            else
+                EXPECT_GT(ZRTestSNR(expected, actual), snr) << target;
+        }
+    }
 }
 
 TEST(ZRExtCoreAudioFile, ReadsLinearPCMAlikeInAnyBlocksAndAfterSeeks)

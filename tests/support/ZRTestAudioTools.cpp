@@ -26,7 +26,8 @@ std::string ZRTestOutputOf(const std::string& command)
 std::string ZRTestProbe(const std::string& path, const std::string& entry)
 {
     const bool tag = entry.starts_with("format_tags=");
-    const std::string selection = tag ? "-show_entries " + entry : "-select_streams a:0 -show_entries stream=" + entry;
+    const std::string selection
+        = tag ? "-show_entries '" + entry + "'" : "-select_streams a:0 -show_entries stream=" + entry;
     std::string value = ZRTestOutputOf("ffprobe -v error " + selection + " -of default=nw=1:nk=1 '" + path + "'");
     while (!value.empty() && (value.back() == '\n' || value.back() == '\r'))
         value.pop_back();

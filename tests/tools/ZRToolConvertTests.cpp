@@ -264,10 +264,11 @@ TEST(ZRToolInfo, namesSoundDesignerIIFilesByTheirFork)
 TEST(ZRToolInfo, describesContainerFormatLengthAndTags)
 {
     const std::string folder = ZRToolScratch("info");
-    ASSERT_EQ(ZRToolRunShell("sox -D -n -r 48000 -c 2 -b 24 " + ZRToolQuote(folder + "/in.wav")
-                  + " synth 2.5 sine 300 && ffmpeg -v error -i " + ZRToolQuote(folder + "/in.wav")
-                  + " -metadata title=Song -c:a aac -b:a 128k " + ZRToolQuote(folder + "/in.m4a"))
-                  .status,
+    ASSERT_EQ(
+        ZRToolRunShell("sox -D -n -r 48000 -c 2 -b 24 " + ZRToolQuote(folder + "/in.wav")
+            + " synth 2.5 sine 300 && ffmpeg -v error -i " + ZRToolQuote(folder + "/in.wav")
+            + " -metadata title=Song -metadata grouping=Demos -c:a aac -b:a 128k " + ZRToolQuote(folder + "/in.m4a"))
+            .status,
         0);
     const ZRToolRun run = ZRToolRunZr({ "info", "--json", folder + "/in.wav", folder + "/in.m4a" });
     ASSERT_EQ(run.status, 0) << run.errors;
@@ -286,16 +287,24 @@ TEST(ZRToolInfo, describesContainerFormatLengthAndTags)
     EXPECT_TRUE(aac["data_format"].toString().startsWith("AAC"));
     EXPECT_EQ(aac["frames"].toInt(), 120000);
     EXPECT_NEAR(aac["bit_rate"].toDouble(), 128000.0, 20000.0);
-    // Tags of the catalogue come first with its key and title; the container's own notes keep only their key.
+    // Tags of the catalogue come first with its key and title (the encoder's name is the encoding application);
+    // tags outside it keep only their key.
     const QJsonArray tags = aac["tags"].toArray();
     ASSERT_GE(tags.size(), 2);
     EXPECT_EQ(tags[0].toObject(),
         (QJsonObject { { "key", "title" }, { "catalogue_key", "title" }, { "title", "Title" }, { "value", "Song" } }));
-    const auto encoder = std::find_if(
-        tags.begin(), tags.end(), [](const QJsonValue& tag) { return tag.toObject()["key"] == "encoder"; });
+    const auto tagWithKey = [&](const char* key) {
+        return std::find_if(
+            tags.begin(), tags.end(), [&](const QJsonValue& tag) { return tag.toObject()["key"] == key; });
+    };
+    const auto encoder = tagWithKey("encoding application");
     ASSERT_NE(encoder, tags.end());
-    EXPECT_TRUE(encoder->toObject()["catalogue_key"].isNull());
-    EXPECT_TRUE(encoder->toObject()["title"].isNull());
+    EXPECT_EQ(encoder->toObject()["catalogue_key"], "encodingApplication");
+    const auto grouping = tagWithKey("grouping");
+    ASSERT_NE(grouping, tags.end());
+    EXPECT_EQ(grouping->toObject()["value"], "Demos");
+    EXPECT_TRUE(grouping->toObject()["catalogue_key"].isNull());
+    EXPECT_TRUE(grouping->toObject()["title"].isNull());
 
     const ZRToolRun text = ZRToolRunZr({ "info", folder + "/in.m4a" });
     EXPECT_NE(text.output.find("  Container       M4A Audio File\n"), std::string::npos) << text.output;

@@ -212,6 +212,9 @@ OSStatus OpaqueAudioConverter::openCodecs()
             std::memcpy(context->extradata, extradata.data(), extradata.size());
             context->extradata_size = int(extradata.size());
         }
+        // Every frame the packets make comes out: a decoder that would drop a delay its header names (Opus's
+        // pre-skip) leaves that to the reader, which takes off the delay the container records.
+        context->flags2 |= AV_CODEC_FLAG2_SKIP_MANUAL;
         if (input.mFormatID == kAudioFormatAppleLossless && extradata.empty())
             return kAudioConverterErr_FormatNotSupported;
         if (avcodec_open2(context.get(), codec, nullptr) < 0)

@@ -43,16 +43,27 @@ constexpr std::array<Container, 11> writableContainers { {
     { kAudioFileSoundDesigner2Type, nullptr },
 } };
 
-// The information-dictionary keys and the tag names FFmpeg's containers use for them.
-constexpr std::array<std::pair<std::string_view, std::string_view>, 7> infoKeys { {
-    { "title", "title" },
-    { "artist", "artist" },
-    { "album", "album" },
-    { "genre", "genre" },
-    { "year", "date" },
-    { "comments", "comment" },
-    { "composer", "composer" },
+// The information-dictionary keys and the names FFmpeg gives the containers' tags (ID3, RIFF INFO, MPEG-4 items,
+// Vorbis comments, AIFF's text chunks); the first name of a key is the one written. CAF's information chunk holds
+// the dictionary's own keys, which are written as they stand.
+constexpr std::array<std::pair<std::string_view, std::string_view>, 12> infoKeys { {
+    { kAFInfoDictionary_Title, "title" },
+    { kAFInfoDictionary_Artist, "artist" },
+    { kAFInfoDictionary_Artist, "author" },
+    { kAFInfoDictionary_Album, "album" },
+    { kAFInfoDictionary_Genre, "genre" },
+    { kAFInfoDictionary_Year, "date" },
+    { kAFInfoDictionary_Comments, "comment" },
+    { kAFInfoDictionary_Composer, "composer" },
+    { kAFInfoDictionary_TrackNumber, "track" },
+    { kAFInfoDictionary_Copyright, "copyright" },
+    { kAFInfoDictionary_Lyricist, "lyricist" },
+    { kAFInfoDictionary_EncodingApplication, "encoder" },
 } };
+
+// What FFmpeg reports beside the tags about the container's own structure, which is no tag of the file.
+constexpr std::array<std::string_view, 6> structureKeys { "major_brand", "minor_version", "compatible_brands",
+    "handler_name", "vendor_id", "language" };
 
 OSStatus statusForErrno(int code) noexcept
 {
@@ -84,21 +95,24 @@ OSStatus statusForAVError(int error) noexcept
     return kAudioFileUnspecifiedError;
 }
 
+// The four-character tag at a byte of the file's first bytes; empty past them.
+std::string_view headTag(std::span<const uint8_t> head, size_t at) noexcept
+{
+    return head.size() >= at + 4 ? std::string_view(reinterpret_cast<const char*>(head.data()) + at, 4)
+                                 : std::string_view();
+}
+
 // The container type of a demuxer, told apart further by the first bytes where one demuxer reads several.
 std::optional<AudioFileTypeID> typeForDemuxer(std::string_view name, std::span<const uint8_t> head, AVCodecID codec)
 {
-    const auto headTag = [&](size_t at) {
-        return head.size() >= at + 4 ? std::string_view(reinterpret_cast<const char*>(head.data()) + at, 4)
-                                     : std::string_view();
-    };
     if (name == "wav")
         return kAudioFileWAVEType;
     if (name == "aiff")
-        return headTag(8) == "AIFC" ? kAudioFileAIFCType : kAudioFileAIFFType;
+        return headTag(head, 8) == "AIFC" ? kAudioFileAIFCType : kAudioFileAIFFType;
     if (name == "caf")
         return kAudioFileCAFType;
     if (name.starts_with("mov,mp4"))
-        return headTag(8) == "M4A " ? kAudioFileM4AType : kAudioFileMPEG4Type;
+        return headTag(head, 8) == "M4A " ? kAudioFileM4AType : kAudioFileMPEG4Type;
     if (name == "mp3") {
         if (codec == AV_CODEC_ID_MP1)
             return kAudioFileMP1Type;
@@ -109,6 +123,15 @@ std::optional<AudioFileTypeID> typeForDemuxer(std::string_view name, std::span<c
     if (name == "flac" || name == "ogg")
         return kAudioFileUnknownType;
     return std::nullopt;
+}
+
+// Whether the first bytes are those of a chunked container, which FFmpeg does not recognise when the file ends
+// within its header.
+bool startsLikeChunkedContainer(std::span<const uint8_t> head) noexcept
+{
+    const std::string_view form = headTag(head, 8);
+    return ((headTag(head, 0) == "RIFF" || headTag(head, 0) == "RF64") && form == "WAVE")
+        || (headTag(head, 0) == "FORM" && (form == "AIFF" || form == "AIFC")) || headTag(head, 0) == "caff";
 }
 
 // Input contexts read through a reader of their own, which closing the context leaves open.
@@ -200,8 +223,10 @@ OSStatus OpaqueAudioFileID::openInput()
     context->flags |= AVFMT_FLAG_CUSTOM_IO;
     if (const int result = avformat_open_input(&context, "", demuxer, nullptr); result < 0) {
         avio_closep(&io);
-        return result == AVERROR_INVALIDDATA || result == AVERROR_EOF ? kAudioFileInvalidFileError
-                                                                      : statusForAVError(result);
+        // The container was recognised, so what keeps it from opening is its contents, unless the system says why.
+        const OSStatus status = statusForAVError(result);
+        return status == kAudioFileUnspecifiedError || status == kAudioFileEndOfFileError ? kAudioFileInvalidFileError
+                                                                                          : status;
     }
     input = std::unique_ptr<AVFormatContext, FormatContextClose>(context);
     // Most containers describe their audio in the header (linear PCM completely, compressed formats but for the
@@ -246,19 +271,29 @@ bool OpaqueAudioFileID::fillPending(OSStatus& status)
 
 OSStatus OpaqueAudioFileID::scanPackets()
 {
+    // The totals count the frames the decoder makes, from which the delay and padding are then taken. Ogg gives the
+    // last packet the duration its page's granule position leaves it, with the padding already off; and Vorbis's
+    // first packet only primes the decoder's overlap, making no frames of its own whatever its duration.
+    const AVStream* stream = input->streams[streamIndex];
+    const bool paddingOffDuration = std::string_view(input->iformat->name) == "ogg";
+    bool primesOnly = stream->codecpar->codec_id == AV_CODEC_ID_VORBIS;
     OSStatus status = noErr;
     while (fillPending(status)) {
         ++packetCount;
-        const AVStream* stream = input->streams[streamIndex];
-        totalFrames += av_rescale_q(std::max<int64_t>(pending->duration, 0), stream->time_base,
+        int64_t frames = av_rescale_q(std::max<int64_t>(pending->duration, 0), stream->time_base,
             AVRational { 1, stream->codecpar->sample_rate });
         maximumPacketSize = std::max(maximumPacketSize, uint32_t(pending->size));
         size_t size = 0;
         if (const uint8_t* skip = av_packet_get_side_data(pending.get(), AV_PKT_DATA_SKIP_SAMPLES, &size);
             skip && size >= 8) {
             priming += skip[0] | (skip[1] << 8) | (skip[2] << 16) | (uint32_t(skip[3]) << 24);
-            remainder += skip[4] | (skip[5] << 8) | (skip[6] << 16) | (uint32_t(skip[7]) << 24);
+            const uint32_t padding = skip[4] | (skip[5] << 8) | (skip[6] << 16) | (uint32_t(skip[7]) << 24);
+            remainder += padding;
+            if (paddingOffDuration)
+                frames += padding;
         }
+        totalFrames += primesOnly ? 0 : frames;
+        primesOnly = false;
         pending.reset();
     }
     return status;
@@ -358,8 +393,11 @@ OSStatus ZRAudioFileService::open(const std::string& path, AudioFileID& file)
     const ssize_t headSize = pread(opened->descriptor, head.data(), head.size(), 0);
     if (headSize <= 0)
         return kAudioFileInvalidFileError;
-    if (const OSStatus status = opened->openInput(); status != noErr)
-        return status;
+    if (const OSStatus status = opened->openInput(); status != noErr) {
+        const bool cut = status == kAudioFileUnsupportedFileTypeError
+            && startsLikeChunkedContainer({ head.data(), size_t(headSize) });
+        return cut ? kAudioFileInvalidFileError : status;
+    }
     const AVStream* stream = opened->input->streams[opened->streamIndex];
     const AVCodecParameters& parameters = *stream->codecpar;
     const auto type
@@ -482,11 +520,12 @@ OSStatus OpaqueAudioFileID::writeHeader()
 {
     AVDictionary* metadata = nullptr;
     for (const auto& [key, value] : info) {
-        std::string_view tag = key;
-        for (const auto& [infoKey, tagName] : infoKeys) {
-            if (infoKey == key)
-                tag = tagName;
-        }
+        const std::string_view name = key;
+        std::string_view tag = name;
+        const auto known
+            = std::find_if(infoKeys.begin(), infoKeys.end(), [name](const auto& entry) { return entry.first == name; });
+        if (known != infoKeys.end() && type != kAudioFileCAFType)
+            tag = known->second;
         if (key != kAFInfoDictionary_ApproximateDurationInSeconds)
             av_dict_set(&metadata, std::string(tag).c_str(), value.stringValue().c_str(), 0);
     }
@@ -498,6 +537,9 @@ OSStatus OpaqueAudioFileID::writeHeader()
     AVDictionary* options = nullptr;
     if (type == kAudioFileM4AType || type == kAudioFileMPEG4Type)
         av_dict_set_int(&options, "movie_timescale", parameters.sample_rate, 0);
+    // AIFF's own text chunks hold a title, an author, a copyright and a comment; its ID3 chunk holds every tag.
+    if ((type == kAudioFileAIFFType || type == kAudioFileAIFCType) && metadata)
+        av_dict_set(&options, "write_id3v2", "1", 0);
     const int result = avformat_write_header(output, &options);
     av_dict_free(&options);
     if (result < 0)
@@ -511,12 +553,15 @@ OSStatus OpaqueAudioFileID::writeHeld(bool last)
     if (!held)
         return noErr;
     if (last && remainder > 0) {
+        // The MP3 encoder tag counts the padding back from the end of the file, so it takes all of it even when the
+        // encoder's last packet holds nothing but padding; MPEG-4's edit list ends within the last packet.
         const uint32_t trimmed = uint32_t(std::min<int64_t>(remainder, held->duration));
+        const uint32_t padding = type == kAudioFileMP3Type ? remainder : trimmed;
         held->duration -= trimmed;
         if (uint8_t* side = av_packet_new_side_data(held.get(), AV_PKT_DATA_SKIP_SAMPLES, 10)) {
             std::memset(side, 0, 10);
             for (int i = 0; i < 4; ++i)
-                side[4 + i] = uint8_t(trimmed >> (8 * i));
+                side[4 + i] = uint8_t(padding >> (8 * i));
         }
     }
     const int result = av_write_frame(output, held.get());
@@ -718,16 +763,18 @@ OSStatus ZRAudioFileService::infoDictionary(AudioFileID file, ZRDictionary& info
         while ((entry = av_dict_get(metadata, "", entry, AV_DICT_IGNORE_SUFFIX))) {
             std::string key = entry->key;
             std::transform(key.begin(), key.end(), key.begin(), [](unsigned char c) { return char(std::tolower(c)); });
-            for (const auto& [infoKey, tagName] : infoKeys) {
-                if (tagName == key)
-                    key = infoKey;
-            }
-            result.emplace(key, std::string(entry->value));
+            if (std::find(structureKeys.begin(), structureKeys.end(), key) != structureKeys.end())
+                continue;
+            const auto known = std::find_if(
+                infoKeys.begin(), infoKeys.end(), [&](const auto& known) { return known.second == key; });
+            result.emplace(known != infoKeys.end() ? std::string(known->first) : key, std::string(entry->value));
         }
     }
-    if (file->input->duration > 0) {
+    AudioFilePacketTableInfo table {};
+    ZRAudioFileService::packetTableInfo(file, table);
+    if (table.mNumberValidFrames > 0) {
         char seconds[32];
-        std::snprintf(seconds, sizeof seconds, "%.3f", double(file->input->duration) / AV_TIME_BASE);
+        std::snprintf(seconds, sizeof seconds, "%.3f", double(table.mNumberValidFrames) / file->format.mSampleRate);
         result.emplace(kAFInfoDictionary_ApproximateDurationInSeconds, std::string(seconds));
     }
     info = std::move(result);

@@ -64,6 +64,11 @@ inline constexpr const char* kAFInfoDictionary_Album = "album";
 inline constexpr const char* kAFInfoDictionary_Genre = "genre";
 inline constexpr const char* kAFInfoDictionary_Year = "year";
 inline constexpr const char* kAFInfoDictionary_Comments = "comments";
+inline constexpr const char* kAFInfoDictionary_Composer = "composer";
+inline constexpr const char* kAFInfoDictionary_TrackNumber = "track number";
+inline constexpr const char* kAFInfoDictionary_Copyright = "copyright";
+inline constexpr const char* kAFInfoDictionary_Lyricist = "lyricist";
+inline constexpr const char* kAFInfoDictionary_EncodingApplication = "encoding application";
 inline constexpr const char* kAFInfoDictionary_ApproximateDurationInSeconds = "approximate duration in seconds";
 
 // The audio file service: containers read and written packet by packet. Reading detects the container from the

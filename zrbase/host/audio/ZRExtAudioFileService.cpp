@@ -18,8 +18,9 @@ constexpr uint32_t frameRun = 4096;
 // the system each. Against read() of the same bytes in 64 KB, runs of 256 KB came out 5 to 10 % faster than runs of
 // 64 KB, and runs of 16 KB a fifth slower.
 constexpr uint32_t readAheadBytes = 1 << 18;
-// Packets decoded ahead of a seek's target, which overlapping transforms and MP3's bit reservoir need.
-constexpr int64_t seekPreroll = 2;
+// Frames decoded ahead of a seek's target, so that the decoder's overlapping transforms, filter banks and MP3's bit
+// reservoir have settled when the target comes; Opus's predictors take about this long to come within 50 dB.
+constexpr int64_t seekPreroll = 8192;
 
 bool isPCM(const AudioStreamBasicDescription& format) noexcept { return format.mFormatID == kAudioFormatLinearPCM; }
 
@@ -322,7 +323,10 @@ OSStatus ZRExtAudioFileService::seek(ExtAudioFileRef file, int64_t frame)
     const int64_t target = frame + file->table.mPrimingFrames;
     int64_t packet = target / framesPerPacket;
     if (!isPCM(file->fileFormat))
-        packet = std::max<int64_t>(packet - seekPreroll, 0);
+        packet = std::max<int64_t>((target - seekPreroll) / framesPerPacket, 0);
+    // Packets of varying frames (FLAC, Vorbis) are decoded from the first.
+    if (file->fileFormat.mFramesPerPacket == 0)
+        packet = 0;
     ZRAudioConverterService::reset(file->converter);
     file->nextPacket = packet;
     file->skip = int64_t(
