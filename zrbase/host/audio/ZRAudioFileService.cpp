@@ -276,12 +276,23 @@ OSStatus OpaqueAudioFileID::scanPackets()
     // first packet only primes the decoder's overlap, making no frames of its own whatever its duration.
     const AVStream* stream = input->streams[streamIndex];
     const bool paddingOffDuration = std::string_view(input->iformat->name) == "ogg";
-    bool primesOnly = stream->codecpar->codec_id == AV_CODEC_ID_VORBIS;
+    const bool primesOnly = stream->codecpar->codec_id == AV_CODEC_ID_VORBIS;
+    // The frames of the packets before the last (but Vorbis's first), and whether they differ or are unknown.
+    std::optional<int64_t> common;
+    bool varies = false;
+    bool timed = true;
+    int64_t previous = 0;
     OSStatus status = noErr;
     while (fillPending(status)) {
         ++packetCount;
         int64_t frames = av_rescale_q(std::max<int64_t>(pending->duration, 0), stream->time_base,
             AVRational { 1, stream->codecpar->sample_rate });
+        if (packetCount > 2 || (packetCount == 2 && !primesOnly)) {
+            varies = varies || (common && *common != previous);
+            timed = timed && previous > 0;
+            common = previous;
+        }
+        previous = frames;
         maximumPacketSize = std::max(maximumPacketSize, uint32_t(pending->size));
         size_t size = 0;
         if (const uint8_t* skip = av_packet_get_side_data(pending.get(), AV_PKT_DATA_SKIP_SAMPLES, &size);
@@ -292,10 +303,13 @@ OSStatus OpaqueAudioFileID::scanPackets()
             if (paddingOffDuration)
                 frames += padding;
         }
-        totalFrames += primesOnly ? 0 : frames;
-        primesOnly = false;
+        totalFrames += primesOnly && packetCount == 1 ? 0 : frames;
         pending.reset();
     }
+    // Where the container gives every packet its frames, the packets say how many a packet holds, whatever the
+    // codec's header suggests (Opus from 2.5 to 60 ms); packets of varying frames have none to give.
+    if (common && timed && format.mFramesPerPacket > 0)
+        format.mFramesPerPacket = varies ? 0 : uint32_t(*common);
     return status;
 }
 
