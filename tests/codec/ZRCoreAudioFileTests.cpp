@@ -217,9 +217,7 @@ TEST(ZRCoreAudioFile, InformationDictionaryCarriesTheTagsOtherProgramsWrote)
     for (const Made& file : made) {
         SCOPED_TRACE(file.name);
         const std::string path = folder + "/" + file.name;
-        std::string command = file.command;
-        command.replace(command.find("%s"), 2, "'" + path + "'");
-        ASSERT_TRUE(ZRTestRun(command));
+        ASSERT_TRUE(ZRTestMakeFile(file.command, path));
         auto reader = ZRCoreAudioFile::fileWithPath(path);
         ASSERT_TRUE(reader);
         const std::optional<ZRDictionary> info = reader->properties();

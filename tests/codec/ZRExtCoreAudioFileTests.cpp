@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <tuple>
 
 namespace {
 
@@ -302,9 +303,7 @@ TEST(ZRExtCoreAudioFile, ReadsFilesOtherToolsWroteAsTheyDecodeThem)
     for (const Made& file : made) {
         SCOPED_TRACE(file.name);
         const std::string path = folder + "/" + file.name;
-        std::string command = file.command;
-        command.replace(command.find("%s"), 2, "'" + path + "'");
-        ASSERT_TRUE(ZRTestRun(command));
+        ASSERT_TRUE(ZRTestMakeFile(file.command, path));
         const auto ours = ZRTestReadWithExtCoreAudioFile(path, 1000);
         ASSERT_FALSE(ours.empty());
         auto theirs = ZRTestDecodeWithFFmpeg(path, uint32_t(ours.size()));
@@ -347,24 +346,19 @@ TEST(ZRExtCoreAudioFile, SeeksToAFrame)
     // After a seek, the frames a reading from the start gives there: exactly where the decoder's state depends on
     // the packets alone, closely where it settles over time (AAC, Opus).
     const std::string sine = "ffmpeg -v error -f lavfi -i sine=f=440:d=1 -ac 2 ";
-    const std::pair<std::string, double> made[] = {
-        { sine + "-c:a flac %s.flac", 0 },
-        { sine + "-c:a libvorbis %s.ogg", 0 },
-        { sine + "-c:a libmp3lame %s.mp3", 0 },
-        { sine + "-c:a aac %s.m4a", 60 },
-        { sine + "-c:a libopus %s.opus", 40 },
+    const std::tuple<const char*, std::string, double> made[] = {
+        { "seek.flac", sine + "-c:a flac %s", 0 },
+        { "seek.ogg", sine + "-c:a libvorbis %s", 0 },
+        { "seek.mp3", sine + "-c:a libmp3lame %s", 0 },
+        { "seek.m4a", sine + "-c:a aac %s", 60 },
+        { "seek.opus", sine + "-c:a libopus %s", 40 },
         // Opus packets of 60 ms, not the 20 ms its header would suggest: the pass over the packets tells.
-        { sine + "-c:a libopus -frame_duration 60 %s.opus", 40 },
+        { "seek60.opus", sine + "-c:a libopus -frame_duration 60 %s", 40 },
     };
-    int index = 0;
-    for (const auto& [command, snr] : made) {
-        SCOPED_TRACE(command);
-        std::string line = command;
-        const std::string name = folder + "/made" + std::to_string(index++);
-        line.replace(line.find("%s"), 2, "'" + name);
-        line += "'";
-        ASSERT_TRUE(ZRTestRun(line));
-        const std::string made = name + command.substr(command.find("%s") + 2);
+    for (const auto& [name, command, snr] : made) {
+        SCOPED_TRACE(name);
+        const std::string made = folder + "/" + name;
+        ASSERT_TRUE(ZRTestMakeFile(command, made));
         const auto whole = ZRTestReadWithExtCoreAudioFile(made);
         ASSERT_FALSE(whole.empty());
         auto seeking = ZRExtCoreAudioFile::openForReadingWithPath(made);

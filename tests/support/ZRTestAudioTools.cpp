@@ -10,6 +10,13 @@
 
 bool ZRTestRun(const std::string& command) { return std::system((command + " >/dev/null 2>&1").c_str()) == 0; }
 
+bool ZRTestMakeFile(const std::string& command, const std::string& path)
+{
+    std::string line = command;
+    line.replace(line.find("%s"), 2, "'" + path + "'");
+    return ZRTestRun(line);
+}
+
 std::string ZRTestOutputOf(const std::string& command)
 {
     std::string output;

@@ -8,6 +8,9 @@
 
 // Runs a shell command quietly; true when it exits with 0.
 bool ZRTestRun(const std::string& command);
+// Runs a shell command that makes a file, with the file's path (quoted) standing for its "%s"; true when it exits
+// with 0.
+bool ZRTestMakeFile(const std::string& command, const std::string& path);
 // What a shell command writes to standard output.
 std::string ZRTestOutputOf(const std::string& command);
 // One field of ffprobe's view of the first audio stream ("codec_name", "sample_rate", "channels", "duration") or of
