@@ -359,9 +359,9 @@ TEST(ZRCoreAudioFile, BadInputGivesTheServiceErrorNeverACrash)
     chmod((folder + "/locked.wav").c_str(), 0);
     const auto refused = [&] { return openError(folder + "/locked.wav")->code() == kAudioFilePermissionsError; };
     // Root reads any file; a child that gives root up meets the permission bits.
-    EXPECT_TRUE(geteuid() != 0
-            ? refused()
-            : ZRTestRunInChildProcess([&] { return setgid(65534) == 0 && setuid(65534) == 0 && refused(); }));
+    EXPECT_TRUE(geteuid() != 0 ? refused() : ZRTestRunInChildProcess([&] {
+        return setgid(65534) == 0 && setuid(65534) == 0 && refused();
+    }));
 
     // A header that claims more data than the file holds: the frames that are there, then the end.
     writeBytes(folder + "/cut.wav", bytes.substr(0, bytes.size() / 2 + 1));
