@@ -1,4 +1,5 @@
 #include "SampleRun.h"
+#include "VectorClones.h"
 
 #include <algorithm>
 #include <cstring>
@@ -45,15 +46,7 @@ namespace {
 
 }
 
-// The loop is built for AVX2 and for the baseline, picked at load time. target_clones exists for x86 only, and a
-// ThreadSanitizer build cannot run the resolver that picks the build.
-#if defined(__x86_64__) && !defined(__SANITIZE_THREAD__)
-#define ZR_SAMPLE_RUN_CLONES [[gnu::target_clones("avx2", "default")]]
-#else
-#define ZR_SAMPLE_RUN_CLONES
-#endif
-
-ZR_SAMPLE_RUN_CLONES static void zrAddSampleRun(const float* samples, uint32_t count, SampleRun& run) noexcept
+ZR_TOOL_VECTOR_CLONES static void zrAddSampleRun(const float* samples, uint32_t count, SampleRun& run) noexcept
 {
     float minimum = run.minimum, maximum = run.maximum;
     double sum = run.sum, squares = run.squares;

@@ -1,4 +1,5 @@
 #include "TruePeakMeter.h"
+#include "VectorClones.h"
 
 #include <zrbase/audio/ZRNativeAudioBuffer.h>
 
@@ -20,17 +21,9 @@ namespace {
         std::memcpy(&x, samples, sizeof x);
     }
 
-// The loop is built for AVX2 and for the baseline, picked at load time. target_clones exists for x86 only, and a
-// ThreadSanitizer build cannot run the resolver that picks the build.
-#if defined(__x86_64__) && !defined(__SANITIZE_THREAD__)
-#define ZR_TRUE_PEAK_CLONES [[gnu::target_clones("avx2", "default")]]
-#else
-#define ZR_TRUE_PEAK_CLONES
-#endif
-
     // The largest magnitude of the four phases over `frames` samples, which follow their filter's history. Eight
     // consecutive outputs of one phase at a time, so that every tap is one multiply-add of eight samples.
-    ZR_TRUE_PEAK_CLONES float zrTruePeakOfRun(
+    ZR_TOOL_VECTOR_CLONES float zrTruePeakOfRun(
         const float* x, uint32_t frames, const float (*coefficients)[TruePeakMeter::factor]) noexcept
     {
         constexpr uint32_t taps = TruePeakMeter::tapsPerPhase;
